@@ -1,0 +1,6 @@
+#pragma once
+
+// qor: a class library for 2D multimedia applications and educational games.
+// Families in layer order; each may be included on its own.
+#include "qor/core.h"
+#include "qor/files.h"

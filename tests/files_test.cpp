@@ -1,0 +1,9 @@
+#include "qor/files.h"
+
+#include <gtest/gtest.h>
+
+TEST(Smoke, Builds)
+{
+    QorString s("abc");
+    EXPECT_EQ(s.GetLength(), 3u);
+}

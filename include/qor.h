@@ -4,3 +4,5 @@
 // Families in layer order; each may be included on its own.
 #include "qor/core.h"
 #include "qor/files.h"
+#include "qor/platform.h"
+#include "qor/pictures.h"

@@ -1,0 +1,372 @@
+#include "PasteKernels.h"
+
+#include <algorithm>
+#include <cstring>
+
+#if defined(__x86_64__) || defined(__i386__)
+#define QOR_X86 1
+#include <immintrin.h>
+#endif
+
+namespace qor::detail
+{
+namespace
+{
+template <int Bpp>
+inline std::uint32_t LoadPixel(const unsigned char* p)
+{
+    std::uint32_t v = 0;
+    std::memcpy(&v, p, Bpp);
+    return v;
+}
+
+const unsigned char kKeyMaskBytes[4] = {0xFF, 0xFF, 0xFF, 0x00};
+
+// The portable kernels, and the reference the vector kernels must match byte for byte.
+template <int Bpp, bool Transparent, bool MirrorX, bool Subtract>
+void RowScalar(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    constexpr bool kSubtract = Subtract && Bpp == 2;
+    if constexpr (!Transparent && !MirrorX && !kSubtract)
+    {
+        std::memcpy(dst, src, std::size_t(n) * Bpp);
+    }
+    else
+    {
+        const std::uint32_t mask = Bpp == 4 ? LoadPixel<4>(kKeyMaskBytes) : ~0u;
+        constexpr long kStep = MirrorX ? -Bpp : Bpp;
+        for (long i = 0; i < n; ++i, dst += Bpp, src += kStep)
+        {
+            if constexpr (Transparent)
+            {
+                if ((LoadPixel<Bpp>(src) & mask) == key)
+                    continue;
+            }
+            if constexpr (kSubtract)
+            {
+                dst[0] = static_cast<unsigned char>(dst[0] & ~src[0]);
+                dst[1] = static_cast<unsigned char>(dst[1] & ~src[1] & 0x7F);
+            }
+            else
+            {
+                std::memcpy(dst, src, Bpp);
+            }
+        }
+    }
+}
+
+#ifdef QOR_X86
+// SSE2 is part of every x86-64 CPU: these need no run-time check.
+void Keyed8Sse2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m128i k = _mm_set1_epi8(static_cast<char>(key));
+    long i = 0;
+    for (; i + 16 <= n; i += 16)
+    {
+        const __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i));
+        const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(dst + i));
+        const __m128i isKey = _mm_cmpeq_epi8(s, k);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + i),
+                         _mm_or_si128(_mm_and_si128(isKey, d), _mm_andnot_si128(isKey, s)));
+    }
+    RowScalar<1, true, false, false>(dst + i, src + i, n - i, key);
+}
+
+void Keyed16Sse2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m128i k = _mm_set1_epi16(static_cast<short>(key));
+    long i = 0;
+    for (; i + 8 <= n; i += 8)
+    {
+        const __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 2 * i));
+        const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(dst + 2 * i));
+        const __m128i isKey = _mm_cmpeq_epi16(s, k);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 2 * i),
+                         _mm_or_si128(_mm_and_si128(isKey, d), _mm_andnot_si128(isKey, s)));
+    }
+    RowScalar<2, true, false, false>(dst + 2 * i, src + 2 * i, n - i, key);
+}
+
+void Keyed32Sse2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m128i k = _mm_set1_epi32(static_cast<int>(key));
+    const __m128i mask = _mm_set1_epi32(static_cast<int>(LoadPixel<4>(kKeyMaskBytes)));
+    long i = 0;
+    for (; i + 4 <= n; i += 4)
+    {
+        const __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 4 * i));
+        const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(dst + 4 * i));
+        const __m128i isKey = _mm_cmpeq_epi32(_mm_and_si128(s, mask), k);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 4 * i),
+                         _mm_or_si128(_mm_and_si128(isKey, d), _mm_andnot_si128(isKey, s)));
+    }
+    RowScalar<4, true, false, false>(dst + 4 * i, src + 4 * i, n - i, key);
+}
+
+template <bool Transparent>
+void Mirror32Sse2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m128i k = _mm_set1_epi32(static_cast<int>(key));
+    const __m128i mask = _mm_set1_epi32(static_cast<int>(LoadPixel<4>(kKeyMaskBytes)));
+    long i = 0;
+    for (; i + 4 <= n; i += 4)
+    {
+        // Source pixels i .. i + 3 read leftwards lie at src - 4 * (i + 3) .. src - 4 * i.
+        __m128i s = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src - 4 * (i + 3)));
+        s = _mm_shuffle_epi32(s, _MM_SHUFFLE(0, 1, 2, 3));
+        if constexpr (Transparent)
+        {
+            const __m128i d = _mm_loadu_si128(reinterpret_cast<const __m128i*>(dst + 4 * i));
+            const __m128i isKey = _mm_cmpeq_epi32(_mm_and_si128(s, mask), k);
+            s = _mm_or_si128(_mm_and_si128(isKey, d), _mm_andnot_si128(isKey, s));
+        }
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + 4 * i), s);
+    }
+    RowScalar<4, Transparent, true, false>(dst + 4 * i, src - 4 * i, n - i, key);
+}
+
+#define QOR_AVX2 __attribute__((target("avx2")))
+
+QOR_AVX2 void Keyed8Avx2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m256i k = _mm256_set1_epi8(static_cast<char>(key));
+    long i = 0;
+    for (; i + 32 <= n; i += 32)
+    {
+        const __m256i s = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + i));
+        const __m256i d = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(dst + i));
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), _mm256_blendv_epi8(s, d, _mm256_cmpeq_epi8(s, k)));
+    }
+    Keyed8Sse2(dst + i, src + i, n - i, key);
+}
+
+QOR_AVX2 void Keyed32Avx2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
+    const __m256i mask = _mm256_set1_epi32(static_cast<int>(LoadPixel<4>(kKeyMaskBytes)));
+    long i = 0;
+    for (; i + 8 <= n; i += 8)
+    {
+        const __m256i s = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src + 4 * i));
+        const __m256i d = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(dst + 4 * i));
+        const __m256i isKey = _mm256_cmpeq_epi32(_mm256_and_si256(s, mask), k);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 4 * i), _mm256_blendv_epi8(s, d, isKey));
+    }
+    Keyed32Sse2(dst + 4 * i, src + 4 * i, n - i, key);
+}
+
+// Eight 3-byte pixels per step: each 128-bit lane widens four pixels to 32-bit words (fourth byte 0),
+// compares them with the key and narrows the result back to a byte mask. The second lane overlaps the
+// first by four bytes; it is stored last, so those bytes get their own pixel's result.
+QOR_AVX2 void Keyed24Avx2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m256i widen = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, //
+                                           0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+    const __m256i narrow = _mm256_setr_epi8(0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1, //
+                                            0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1);
+    const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
+    const __m256i ones = _mm256_set1_epi32(-1);
+    long i = 0;
+    // Each step reads 28 bytes from the position of pixel i, so ten pixels must remain.
+    for (; i + 10 <= n; i += 8)
+    {
+        const unsigned char* s0 = src + 3 * i;
+        unsigned char* d0 = dst + 3 * i;
+        const __m256i s = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(s0 + 12),
+                                              reinterpret_cast<const __m128i*>(s0));
+        const __m256i d = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(d0 + 12),
+                                              reinterpret_cast<const __m128i*>(d0));
+        const __m256i notKey = _mm256_xor_si256(_mm256_cmpeq_epi32(_mm256_shuffle_epi8(s, widen), k), ones);
+        const __m256i take = _mm256_shuffle_epi8(notKey, narrow);
+        const __m256i r = _mm256_blendv_epi8(d, s, take);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d0), _mm256_castsi256_si128(r));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(d0 + 12), _mm256_extracti128_si256(r, 1));
+    }
+    RowScalar<3, true, false, false>(dst + 3 * i, src + 3 * i, n - i, key);
+}
+
+template <bool Transparent>
+QOR_AVX2 void Mirror8Avx2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m256i reverse = _mm256_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0, //
+                                             15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+    const __m256i k = _mm256_set1_epi8(static_cast<char>(key));
+    long i = 0;
+    for (; i + 32 <= n; i += 32)
+    {
+        __m256i s = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src - (i + 31)));
+        s = _mm256_permute4x64_epi64(_mm256_shuffle_epi8(s, reverse), _MM_SHUFFLE(1, 0, 3, 2));
+        if constexpr (Transparent)
+        {
+            const __m256i d = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(dst + i));
+            s = _mm256_blendv_epi8(s, d, _mm256_cmpeq_epi8(s, k));
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), s);
+    }
+    RowScalar<1, Transparent, true, false>(dst + i, src - i, n - i, key);
+}
+
+template <bool Transparent>
+QOR_AVX2 void Mirror32Avx2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    const __m256i reverse = _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0);
+    const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
+    const __m256i mask = _mm256_set1_epi32(static_cast<int>(LoadPixel<4>(kKeyMaskBytes)));
+    long i = 0;
+    for (; i + 8 <= n; i += 8)
+    {
+        __m256i s = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(src - 4 * (i + 7)));
+        s = _mm256_permutevar8x32_epi32(s, reverse);
+        if constexpr (Transparent)
+        {
+            const __m256i d = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(dst + 4 * i));
+            s = _mm256_blendv_epi8(s, d, _mm256_cmpeq_epi32(_mm256_and_si256(s, mask), k));
+        }
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 4 * i), s);
+    }
+    Mirror32Sse2<Transparent>(dst + 4 * i, src - 4 * i, n - i, key);
+}
+#endif
+
+// Index: [bytes per pixel - 1][transparent][mirrorX][subtract].
+using KernelTable = PasteRowKernel[4][2][2][2];
+
+template <int Bpp>
+void FillScalar(KernelTable& table)
+{
+    auto& t = table[Bpp - 1];
+    t[0][0][0] = RowScalar<Bpp, false, false, false>;
+    t[0][0][1] = RowScalar<Bpp, false, false, true>;
+    t[0][1][0] = RowScalar<Bpp, false, true, false>;
+    t[0][1][1] = RowScalar<Bpp, false, true, true>;
+    t[1][0][0] = RowScalar<Bpp, true, false, false>;
+    t[1][0][1] = RowScalar<Bpp, true, false, true>;
+    t[1][1][0] = RowScalar<Bpp, true, true, false>;
+    t[1][1][1] = RowScalar<Bpp, true, true, true>;
+}
+
+// Subtract only changes 16-bit pastes, so the vector kernels fill both subtract slots elsewhere.
+void SetBoth(PasteRowKernel (&slots)[2], PasteRowKernel kernel)
+{
+    slots[0] = slots[1] = kernel;
+}
+
+struct Tables
+{
+    KernelTable byLevel[3];
+
+    Tables()
+    {
+        for (KernelTable& table : byLevel)
+        {
+            FillScalar<1>(table);
+            FillScalar<2>(table);
+            FillScalar<3>(table);
+            FillScalar<4>(table);
+        }
+#ifdef QOR_X86
+        for (int level = 1; level <= 2; ++level)
+        {
+            KernelTable& t = byLevel[level];
+            SetBoth(t[0][1][0], Keyed8Sse2);
+            t[1][1][0][0] = Keyed16Sse2;
+            SetBoth(t[3][1][0], Keyed32Sse2);
+            SetBoth(t[3][0][1], Mirror32Sse2<false>);
+            SetBoth(t[3][1][1], Mirror32Sse2<true>);
+        }
+        KernelTable& t = byLevel[2];
+        SetBoth(t[0][1][0], Keyed8Avx2);
+        SetBoth(t[0][0][1], Mirror8Avx2<false>);
+        SetBoth(t[0][1][1], Mirror8Avx2<true>);
+        SetBoth(t[2][1][0], Keyed24Avx2);
+        SetBoth(t[3][1][0], Keyed32Avx2);
+        SetBoth(t[3][0][1], Mirror32Avx2<false>);
+        SetBoth(t[3][1][1], Mirror32Avx2<true>);
+#endif
+    }
+};
+
+const Tables& GetTables()
+{
+    static const Tables tables;
+    return tables;
+}
+
+SimdLevel DetectLevel()
+{
+#ifdef QOR_X86
+    __builtin_cpu_init();
+    if (__builtin_cpu_supports("avx2"))
+        return SimdLevel::kAvx2;
+    return SimdLevel::kSse2;
+#else
+    return SimdLevel::kScalar;
+#endif
+}
+
+SimdLevel& CurrentLevel()
+{
+    static SimdLevel level = GetBestSimdLevel();
+    return level;
+}
+} // namespace
+
+SimdLevel GetBestSimdLevel()
+{
+    static const SimdLevel best = DetectLevel();
+    return best;
+}
+
+SimdLevel GetSimdLevel()
+{
+    return CurrentLevel();
+}
+
+SimdLevel SetSimdLevel(SimdLevel level)
+{
+    CurrentLevel() = std::min(level, GetBestSimdLevel());
+    return CurrentLevel();
+}
+
+PasteRowKernel GetPasteRowKernel(int bytesPerPixel, bool transparent, bool mirrorX, bool subtract)
+{
+    if (bytesPerPixel < 1 || bytesPerPixel > 4)
+        return nullptr;
+    const int level = static_cast<int>(CurrentLevel());
+    return GetTables().byLevel[level][bytesPerPixel - 1][transparent][mirrorX][subtract];
+}
+
+std::uint32_t PackKey(const unsigned char* key, int bytesPerPixel)
+{
+    std::uint32_t v = 0;
+    if (key && bytesPerPixel >= 1 && bytesPerPixel <= 4)
+        std::memcpy(&v, key, static_cast<std::size_t>(bytesPerPixel));
+    return v & GetKeyMask(bytesPerPixel);
+}
+
+std::uint32_t GetKeyMask(int bytesPerPixel)
+{
+    return bytesPerPixel == 4 ? LoadPixel<4>(kKeyMaskBytes) : ~0u;
+}
+
+void FillPixels(unsigned char* dst, long n, const unsigned char* colour, int bytesPerPixel)
+{
+    if (n <= 0)
+        return;
+    const std::size_t bpp = static_cast<std::size_t>(bytesPerPixel);
+    const std::size_t total = std::size_t(n) * bpp;
+    if (std::all_of(colour + 1, colour + bpp, [&](unsigned char b) { return b == colour[0]; }))
+    {
+        std::memset(dst, colour[0], total);
+        return;
+    }
+    // Lay down one pixel, then keep doubling the filled prefix: large fills run at copy speed.
+    std::memcpy(dst, colour, bpp);
+    for (std::size_t done = bpp; done < total;)
+    {
+        const std::size_t chunk = std::min(done, total - done);
+        std::memcpy(dst + done, dst, chunk);
+        done += chunk;
+    }
+}
+} // namespace qor::detail

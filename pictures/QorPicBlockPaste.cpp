@@ -1,0 +1,188 @@
+#include "QorPicBlock.h"
+#include "PasteKernels.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace
+{
+using Wide = __int128;
+
+long Saturate(Wide v)
+{
+    return static_cast<long>(std::clamp<Wide>(v, LONG_MIN, LONG_MAX));
+}
+
+// The clip adjustment of one axis. The source rectangle is treated as if it began at 0 and the tests
+// are strict; both decide which pixels of partly visible sprites are drawn, so they stay as they are.
+void AdjustAxis(long& d, long& s1, long& s2, long size, long srcSize, bool mirror)
+{
+    if (s1 > s2)
+        std::swap(s1, s2);
+    s1 = std::max(s1, 0L);
+    s2 = std::min(s2, srcSize - 1);
+    const Wide dw = d, s1w = s1, s2w = s2;
+    const bool overhang = dw - s1w + s2w > size;
+    if (!mirror)
+    {
+        const Wide newS2 = overhang ? size - dw - 1 : s2w;
+        if (d < 0)
+            s1 = Saturate(-dw);
+        s2 = Saturate(newS2);
+    }
+    else
+    {
+        const Wide t = overhang ? dw - size + s2w : s1w;
+        Wide m2 = s2w;
+        if (d < 0)
+            m2 += dw;
+        s1 = Saturate(srcSize - m2);
+        s2 = Saturate(srcSize - t);
+    }
+}
+} // namespace
+
+char QorPicBlock::IsValidPaste(const QorPicBlock& src) const
+{
+    return src.m_colorType == m_colorType && m_colorType >= Bit8 && m_colorType <= Bit32;
+}
+
+char QorPicBlock::AutoFitInRegion(long& x1, long& y1, long& x2, long& y2) const
+{
+    const long ox1 = x1, oy1 = y1, ox2 = x2, oy2 = y2;
+    if (x1 > x2)
+        std::swap(x1, x2);
+    if (y1 > y2)
+        std::swap(y1, y2);
+    x1 = std::max(x1, 0L);
+    y1 = std::max(y1, 0L);
+    x2 = std::min(x2, long(m_width) - 1);
+    y2 = std::min(y2, long(m_height) - 1);
+    return x1 != ox1 || y1 != oy1 || x2 != ox2 || y2 != oy2;
+}
+
+char QorPicBlock::AutoAlterCoordinate(const QorPicBlock& src, long& dx, long& dy, long& sx1, long& sy1, long& sx2,
+                                      long& sy2, char mirrorX, char mirrorY) const
+{
+    AdjustAxis(dx, sx1, sx2, m_width, src.m_width, mirrorX);
+    AdjustAxis(dy, sy1, sy2, m_height, src.m_height, mirrorY);
+    dx = std::max(dx, 0L);
+    dy = std::max(dy, 0L);
+    return 0;
+}
+
+char QorPicBlock::Paste(const QorPicBlock& src, long dx, long dy, long sx1, long sy1, long sx2, long sy2,
+                        char transparent, char mirrorX, char mirrorY, char clip, char subtract)
+{
+    if (!IsValidPaste(src))
+        return 0;
+    if (clip)
+        AutoAlterCoordinate(src, dx, dy, sx1, sy1, sx2, sy2, mirrorX, mirrorY);
+    if (m_bitsPerPixel != src.m_bitsPerPixel)
+        return 0;
+    switch (m_bitsPerPixel)
+    {
+    case 8:
+        return Paste0808(src, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, clip, subtract);
+    case 16:
+        return Paste1616(src, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, clip, subtract);
+    case 24:
+        return Paste2424(src, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, clip, subtract);
+    case 32:
+        return Paste3232(src, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, clip, subtract);
+    }
+    return 0;
+}
+
+char QorPicBlock::Paste(const QorPicBlock& src, long dx, long dy, char transparent, char mirrorX, char mirrorY,
+                        char clip, char subtract)
+{
+    return Paste(src, dx, dy, 0, 0, src.m_width - 1, src.m_height - 1, transparent, mirrorX, mirrorY, clip,
+                 subtract);
+}
+
+char QorPicBlock::Paste(const QorPicBlock& src, Point<long> dest, Point<long> srcTopLeft, Point<long> srcBottomRight,
+                        char transparent, char mirrorX, char mirrorY, char clip, char subtract)
+{
+    return Paste(src, dest.x, dest.y, srcTopLeft.x, srcTopLeft.y, srcBottomRight.x, srcBottomRight.y, transparent,
+                 mirrorX, mirrorY, clip, subtract);
+}
+
+// Runs the row kernel over every row of the paste. Pixel (c, r) of the rectangle goes to (dx + c, dy + r)
+// and comes from source row sy1 + r (mirrorY: lastRow - r) and column sx1 + c (mirrorX: firstColumn - c).
+// Per row, the columns whose destination lies in this picture and whose source lies in src's pixels form
+// one interval; only that interval is handed to the kernel, so no pixel loop tests bounds or flags.
+char QorPicBlock::PasteRows(const QorPicBlock& src, int bpp, long dx, long dy, long sx1, long sy1, long sx2,
+                            long sy2, char transparent, char mirrorX, char mirrorY, char subtract)
+{
+    if (m_bytesPerPixel != bpp || src.m_bytesPerPixel != bpp)
+        return 0;
+    if (sy1 > sy2)
+        return 1;
+    if (!m_data || !src.m_data)
+        return 1;
+    const bool sixteen = bpp == 2;
+    const Wide w = Wide(sx2) - sx1 + 1;
+    const Wide h = Wide(sy2) - sy1 + 1;
+    const Wide lastRow = sixteen ? Wide(sy2) - 1 : Wide(sy2);
+    const Wide firstColumn = mirrorX ? (sixteen ? Wide(sx2) - 1 : Wide(sx1)) : Wide(sx1);
+    const Wide step = mirrorX ? -1 : 1;
+    const Wide srcPixels = Wide(src.m_width) * src.GetUsableRows();
+    const Wide rowLo = std::max<Wide>(0, -Wide(dy));
+    const Wide rowHi = std::min<Wide>(h - 1, Wide(GetUsableRows()) - 1 - dy);
+    const Wide colLo = std::max<Wide>(0, -Wide(dx));
+    const Wide colHi = std::min<Wide>(w - 1, Wide(m_width) - 1 - dx);
+    if (rowLo > rowHi || colLo > colHi || srcPixels == 0)
+        return 1;
+
+    const qor::detail::PasteRowKernel kernel =
+        qor::detail::GetPasteRowKernel(bpp, transparent != 0, mirrorX != 0, subtract != 0);
+    const std::uint32_t key = qor::detail::PackKey(src.m_mask, bpp);
+    for (Wide r = rowLo; r <= rowHi; ++r)
+    {
+        const Wide srcRow = mirrorY ? lastRow - r : Wide(sy1) + r;
+        const Wide base = srcRow * src.m_width + firstColumn; // source pixel index of column 0
+        // base + step * c must lie in [0, srcPixels - 1].
+        Wide lo = colLo, hi = colHi;
+        if (step > 0)
+        {
+            lo = std::max(lo, -base);
+            hi = std::min(hi, srcPixels - 1 - base);
+        }
+        else
+        {
+            lo = std::max(lo, base - (srcPixels - 1));
+            hi = std::min(hi, base);
+        }
+        if (lo > hi)
+            continue;
+        unsigned char* d = m_data + static_cast<std::size_t>((Wide(dy) + r) * m_width + dx + lo) * bpp;
+        const unsigned char* s = src.m_data + static_cast<std::size_t>(base + step * lo) * bpp;
+        kernel(d, s, static_cast<long>(hi - lo + 1), key);
+    }
+    return 1;
+}
+
+char QorPicBlock::Paste0808(const QorPicBlock& src, long dx, long dy, long sx1, long sy1, long sx2, long sy2,
+                            char transparent, char mirrorX, char mirrorY, char, char)
+{
+    return PasteRows(src, 1, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, 0);
+}
+
+char QorPicBlock::Paste1616(const QorPicBlock& src, long dx, long dy, long sx1, long sy1, long sx2, long sy2,
+                            char transparent, char mirrorX, char mirrorY, char, char subtract)
+{
+    return PasteRows(src, 2, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, subtract);
+}
+
+char QorPicBlock::Paste2424(const QorPicBlock& src, long dx, long dy, long sx1, long sy1, long sx2, long sy2,
+                            char transparent, char mirrorX, char mirrorY, char, char)
+{
+    return PasteRows(src, 3, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, 0);
+}
+
+char QorPicBlock::Paste3232(const QorPicBlock& src, long dx, long dy, long sx1, long sy1, long sx2, long sy2,
+                            char transparent, char mirrorX, char mirrorY, char, char)
+{
+    return PasteRows(src, 4, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, 0);
+}

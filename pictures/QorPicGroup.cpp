@@ -1,0 +1,3 @@
+#include "QorPicGroup.h"
+
+QorPicGroup::QorPicGroup() : QorDataGroup(kMagic) {}

@@ -6,3 +6,4 @@
 #include "qor/files.h"
 #include "qor/platform.h"
 #include "qor/pictures.h"
+#include "qor/charts.h"

@@ -12,12 +12,23 @@ namespace qor::detail
 {
 namespace
 {
+// Pixels and keys are compared as 32-bit values holding the pixel's bytes, the first byte lowest.
+// Three bytes are gathered one by one: a 3-byte memcpy into a word goes through memory and stalls.
 template <int Bpp>
 inline std::uint32_t LoadPixel(const unsigned char* p)
 {
-    std::uint32_t v = 0;
-    std::memcpy(&v, p, Bpp);
-    return v;
+    if constexpr (Bpp == 1)
+        return p[0];
+    else if constexpr (Bpp == 3)
+        return std::uint32_t(p[0]) | std::uint32_t(p[1]) << 8 | std::uint32_t(p[2]) << 16;
+    else if constexpr (Bpp == 2)
+        return std::uint32_t(p[0]) | std::uint32_t(p[1]) << 8;
+    else
+    {
+        std::uint32_t v;
+        std::memcpy(&v, p, 4);
+        return v;
+    }
 }
 
 const unsigned char kKeyMaskBytes[4] = {0xFF, 0xFF, 0xFF, 0x00};
@@ -156,8 +167,8 @@ QOR_AVX2 void Keyed32Avx2(unsigned char* dst, const unsigned char* src, long n, 
 }
 
 // Eight 3-byte pixels per step: each 128-bit lane widens four pixels to 32-bit words (fourth byte 0),
-// compares them with the key and narrows the result back to a byte mask. The second lane overlaps the
-// first by four bytes; it is stored last, so those bytes get their own pixel's result.
+// compares them with the key and narrows the result back to a byte mask. The lanes are then packed into
+// 24 contiguous bytes and stored without overlap, so the next step's loads never wait on a store.
 QOR_AVX2 void Keyed24Avx2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
 {
     const __m256i widen = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, //
@@ -166,6 +177,7 @@ QOR_AVX2 void Keyed24Avx2(unsigned char* dst, const unsigned char* src, long n, 
                                             0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1);
     const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
     const __m256i ones = _mm256_set1_epi32(-1);
+    const __m256i pack = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6);
     long i = 0;
     // Each step reads 28 bytes from the position of pixel i, so ten pixels must remain.
     for (; i + 10 <= n; i += 8)
@@ -178,9 +190,9 @@ QOR_AVX2 void Keyed24Avx2(unsigned char* dst, const unsigned char* src, long n, 
                                               reinterpret_cast<const __m128i*>(d0));
         const __m256i notKey = _mm256_xor_si256(_mm256_cmpeq_epi32(_mm256_shuffle_epi8(s, widen), k), ones);
         const __m256i take = _mm256_shuffle_epi8(notKey, narrow);
-        const __m256i r = _mm256_blendv_epi8(d, s, take);
+        const __m256i r = _mm256_permutevar8x32_epi32(_mm256_blendv_epi8(d, s, take), pack);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(d0), _mm256_castsi256_si128(r));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d0 + 12), _mm256_extracti128_si256(r, 1));
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(d0 + 16), _mm256_extracti128_si256(r, 1));
     }
     RowScalar<3, true, false, false>(dst + 3 * i, src + 3 * i, n - i, key);
 }
@@ -225,6 +237,22 @@ QOR_AVX2 void Mirror32Avx2(unsigned char* dst, const unsigned char* src, long n,
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + 4 * i), s);
     }
     Mirror32Sse2<Transparent>(dst + 4 * i, src - 4 * i, n - i, key);
+}
+
+// Stores a 96-byte pattern (a whole number of pixels at every depth) over and over.
+QOR_AVX2 void FillAvx2(unsigned char* dst, std::size_t total, const unsigned char* pattern)
+{
+    const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pattern));
+    const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pattern + 32));
+    const __m256i c = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pattern + 64));
+    std::size_t i = 0;
+    for (; i + 96 <= total; i += 96)
+    {
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), a);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i + 32), b);
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i + 64), c);
+    }
+    std::memcpy(dst + i, pattern, total - i);
 }
 #endif
 
@@ -338,10 +366,20 @@ PasteRowKernel GetPasteRowKernel(int bytesPerPixel, bool transparent, bool mirro
 
 std::uint32_t PackKey(const unsigned char* key, int bytesPerPixel)
 {
-    std::uint32_t v = 0;
-    if (key && bytesPerPixel >= 1 && bytesPerPixel <= 4)
-        std::memcpy(&v, key, static_cast<std::size_t>(bytesPerPixel));
-    return v & GetKeyMask(bytesPerPixel);
+    if (!key)
+        return 0;
+    switch (bytesPerPixel)
+    {
+    case 1:
+        return LoadPixel<1>(key);
+    case 2:
+        return LoadPixel<2>(key);
+    case 3:
+        return LoadPixel<3>(key);
+    case 4:
+        return LoadPixel<4>(key) & GetKeyMask(4);
+    }
+    return 0;
 }
 
 std::uint32_t GetKeyMask(int bytesPerPixel)
@@ -360,6 +398,16 @@ void FillPixels(unsigned char* dst, long n, const unsigned char* colour, int byt
         std::memset(dst, colour[0], total);
         return;
     }
+#ifdef QOR_X86
+    if (CurrentLevel() == SimdLevel::kAvx2 && total >= 96)
+    {
+        unsigned char pattern[96];
+        for (std::size_t i = 0; i < sizeof pattern; i += bpp)
+            std::memcpy(pattern + i, colour, bpp);
+        FillAvx2(dst, total, pattern);
+        return;
+    }
+#endif
     // Lay down one pixel, then keep doubling the filled prefix: large fills run at copy speed.
     std::memcpy(dst, colour, bpp);
     for (std::size_t done = bpp; done < total;)

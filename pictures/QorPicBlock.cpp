@@ -2,6 +2,7 @@
 #include "PasteKernels.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 #include <new>
 
@@ -65,12 +66,15 @@ QorPicBlock::QorPicBlock(ColorType type, long w, long h, unsigned char* colour)
 QorPicBlock::QorPicBlock(const QorPicBlock& src) : QorDataBlock(src)
 {
     StdInit();
+    SetType(src.m_colorType);
     Copy(src, 0, 0, src.m_width - 1, src.m_height - 1);
 }
 
 QorPicBlock::QorPicBlock(const QorPicBlock& src, long x1, long y1, long x2, long y2) : QorDataBlock(src)
 {
     StdInit();
+    // The type first: a rectangle too large to copy still leaves an empty picture of src's type.
+    SetType(src.m_colorType);
     Copy(src, x1, y1, x2, y2);
 }
 
@@ -323,6 +327,15 @@ void QorPicBlock::Copy(const QorPicBlock& src, long x1, long y1, long x2, long y
         Copy(whole, x1, y1, x2, y2);
         return;
     }
+    // Corners so far apart that the size is not even a long are refused like any size Reset refuses.
+    long spanX = 0, spanY = 0;
+    if (__builtin_sub_overflow(x2, x1, &spanX) || __builtin_sub_overflow(y2, y1, &spanY) || spanX == LONG_MAX ||
+        spanY == LONG_MAX)
+        return;
+    // A rectangle whose size Reset refuses leaves the picture as it was (its mask colour may be wider
+    // than src's).
+    if (!m_attached && !FitsSize(BitsOf(src.m_colorType, m_bitsPerPixel), x2 - x1 + 1, y2 - y1 + 1))
+        return;
     Reset(src.m_colorType, x2 - x1 + 1, y2 - y1 + 1);
     SetMask(src.m_mask);
     m_palette = src.m_palette;

@@ -103,7 +103,8 @@ public:
     void Fill(const QorRect& rect, const QorPicBlock& pattern);
 
     /// This picture becomes src's rectangle (x1, y1)-(x2, y2), src's type, mask colour and palette pointer.
-    /// \note The corners are not ordered; parts of the rectangle outside src become zero.
+    /// \note The corners are not ordered; parts of the rectangle outside src become zero. A rectangle
+    ///       whose size Reset refuses leaves the picture unchanged.
     void Copy(const QorPicBlock& src, long x1, long y1, long x2, long y2);
     void Copy(const QorPicBlock& src, const QorRect& rect);
 
@@ -123,9 +124,9 @@ public:
     unsigned long LoadQGB(QorFile& file);
     unsigned long SaveData(QorFile& file) override { return SaveQGB(file); }
     unsigned long LoadData(QorFile& file) override { return LoadQGB(file); }
-    /// Raw 8-bit pixels whose size comes from spec: its first five characters are skipped, then the width,
-    /// a blank and the height (read with atol).
-    unsigned long LoadFix(QorFile& file, QorString& spec);
+    /// Raw 8-bit pixels whose size comes from sizeText: its first five characters are skipped, then the
+    /// width, a blank and the height (read with atol).
+    unsigned long LoadFix(QorFile& file, QorString& sizeText);
     /// Reads by format tag: "BMPQ", "QGB ", "BMP " and "PCX " (both read nothing), or "FIX  " followed by
     /// five ignored characters, the width, a blank and the height.
     unsigned long Load(QorString& tag, QorFile& file);

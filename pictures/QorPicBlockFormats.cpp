@@ -131,7 +131,9 @@ unsigned long QorPicBlock::ReadPixels(QorFile& file, ColorType type, long w, lon
     if (m_attached && (type != m_colorType || std::max(w, 0L) != m_width || std::max(h, 0L) != m_height))
         return 0;
     Reset(type, w, h);
-    if (GetSize() != size || GetUsableRows() != m_height)
+    // The buffer must hold the pixels: not so after a failed allocation, or for an attached buffer whose
+    // type was widened after Attach. A picture without pixel bytes (0 wide or 0 high) has nothing to hold.
+    if (GetSize() != size || (size && (!m_data || m_capacity < size)))
         return 0;
     unsigned long total = header;
     total += file.Read(m_data, size);
@@ -139,13 +141,13 @@ unsigned long QorPicBlock::ReadPixels(QorFile& file, ColorType type, long w, lon
     return total;
 }
 
-unsigned long QorPicBlock::LoadFix(QorFile& file, QorString& spec)
+unsigned long QorPicBlock::LoadFix(QorFile& file, QorString& sizeText)
 {
     if (!file.IsOpen())
         return 0;
     // Five characters are always skipped; then the width up to a blank, then the height up to a blank.
-    const char* text = spec;
-    const unsigned long length = spec.GetLength();
+    const char* text = sizeText;
+    const unsigned long length = sizeText.GetLength();
     unsigned long i = std::min<unsigned long>(5, length);
     std::string widthText, heightText;
     while (i < length && text[i] != ' ')

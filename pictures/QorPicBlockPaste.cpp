@@ -117,32 +117,55 @@ char QorPicBlock::PasteRows(const QorPicBlock& src, int bpp, long dx, long dy, l
 {
     if (m_bytesPerPixel != bpp || src.m_bytesPerPixel != bpp)
         return 0;
-    if (sy1 > sy2)
-        return 1;
-    if (!m_data || !src.m_data)
+    if (sy1 > sy2 || !m_data || !src.m_data)
         return 1;
     const bool sixteen = bpp == 2;
-    const Wide w = Wide(sx2) - sx1 + 1;
-    const Wide h = Wide(sy2) - sy1 + 1;
-    const Wide lastRow = sixteen ? Wide(sy2) - 1 : Wide(sy2);
-    const Wide firstColumn = mirrorX ? (sixteen ? Wide(sx2) - 1 : Wide(sx1)) : Wide(sx1);
-    const Wide step = mirrorX ? -1 : 1;
-    const Wide srcPixels = Wide(src.m_width) * src.GetUsableRows();
+    const long srcWidth = src.m_width;
+    const long srcRows = src.GetUsableRows();
+    const Wide srcPixels = Wide(srcWidth) * srcRows;
+    // Rows and columns of the rectangle whose destination lies in this picture: at most its size.
     const Wide rowLo = std::max<Wide>(0, -Wide(dy));
-    const Wide rowHi = std::min<Wide>(h - 1, Wide(GetUsableRows()) - 1 - dy);
+    const Wide rowHi = std::min<Wide>(Wide(sy2) - sy1, Wide(GetUsableRows()) - 1 - dy);
     const Wide colLo = std::max<Wide>(0, -Wide(dx));
-    const Wide colHi = std::min<Wide>(w - 1, Wide(m_width) - 1 - dx);
+    const Wide colHi = std::min<Wide>(Wide(sx2) - sx1, Wide(m_width) - 1 - dx);
     if (rowLo > rowHi || colLo > colHi || srcPixels == 0)
         return 1;
+
+    const Wide lastRow = sixteen ? Wide(sy2) - 1 : Wide(sy2);
+    const Wide firstColumn = mirrorX ? (sixteen ? Wide(sx2) - 1 : Wide(sx1)) : Wide(sx1);
+    const long step = mirrorX ? -1 : 1;
+    // When the interval's source columns all lie in a source row, every row whose source row exists takes
+    // the whole interval; other rows need the wrap-around bounds worked out.
+    const Wide colA = firstColumn + step * colLo, colB = firstColumn + step * colHi;
+    const bool columnsInside = std::min(colA, colB) >= 0 && std::max(colA, colB) < srcWidth;
 
     const qor::detail::PasteRowKernel kernel =
         qor::detail::GetPasteRowKernel(bpp, transparent != 0, mirrorX != 0, subtract != 0);
     const std::uint32_t key = qor::detail::PackKey(src.m_mask, bpp);
-    for (Wide r = rowLo; r <= rowHi; ++r)
+    const long first = static_cast<long>(rowLo), last = static_cast<long>(rowHi);
+    const long n = static_cast<long>(colHi - colLo + 1);
+    const std::size_t dstPitch = std::size_t(m_width) * bpp;
+    unsigned char* d = m_data + static_cast<std::size_t>((Wide(dy) + first) * m_width + dx + colLo) * bpp;
+
+    // An opaque unmirrored paste of whole rows between pictures of the same width is one block copy.
+    if (!transparent && !mirrorX && !mirrorY && !(sixteen && subtract) && columnsInside && n == m_width &&
+        n == srcWidth && Wide(sy1) + first >= 0 && Wide(sy1) + last < srcRows)
+    {
+        const unsigned char* s = src.m_data + static_cast<std::size_t>((Wide(sy1) + first) * srcWidth + colA) * bpp;
+        kernel(d, s, n * (last - first + 1), key);
+        return 1;
+    }
+
+    for (long r = first; r <= last; ++r, d += dstPitch)
     {
         const Wide srcRow = mirrorY ? lastRow - r : Wide(sy1) + r;
-        const Wide base = srcRow * src.m_width + firstColumn; // source pixel index of column 0
-        // base + step * c must lie in [0, srcPixels - 1].
+        if (columnsInside && srcRow >= 0 && srcRow < srcRows)
+        {
+            kernel(d, src.m_data + static_cast<std::size_t>(srcRow * srcWidth + colA) * bpp, n, key);
+            continue;
+        }
+        // base + step * c, the source pixel index of column c, must lie in [0, srcPixels - 1].
+        const Wide base = srcRow * srcWidth + firstColumn;
         Wide lo = colLo, hi = colHi;
         if (step > 0)
         {
@@ -156,9 +179,8 @@ char QorPicBlock::PasteRows(const QorPicBlock& src, int bpp, long dx, long dy, l
         }
         if (lo > hi)
             continue;
-        unsigned char* d = m_data + static_cast<std::size_t>((Wide(dy) + r) * m_width + dx + lo) * bpp;
-        const unsigned char* s = src.m_data + static_cast<std::size_t>(base + step * lo) * bpp;
-        kernel(d, s, static_cast<long>(hi - lo + 1), key);
+        kernel(d + static_cast<std::size_t>(lo - colLo) * bpp,
+               src.m_data + static_cast<std::size_t>(base + step * lo) * bpp, static_cast<long>(hi - lo + 1), key);
     }
     return 1;
 }

@@ -383,9 +383,11 @@ TEST(QorPicBlockPaste, VectorRowKernelsMatchScalarAtEveryLength)
 TEST(QorPicBlockPaste, FillPixelsMatchesPixelByPixelWriting)
 {
     const unsigned char colour[4] = {1, 2, 3, 4};
+    for (int level = 0; level <= static_cast<int>(qor::detail::GetBestSimdLevel()); ++level)
     for (int bpp = 1; bpp <= 4; ++bpp)
         for (long n = 0; n < 300; n += 7)
         {
+            SimdLevelGuard guard(static_cast<SimdLevel>(level));
             std::vector<unsigned char> fast(std::size_t(n) * bpp + 1, 0xAA), slow(fast);
             qor::detail::FillPixels(fast.data(), n, colour, bpp);
             for (long i = 0; i < n; ++i)

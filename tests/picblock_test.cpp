@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstring>
 #include <vector>
 
@@ -14,8 +15,8 @@ using Bytes = std::vector<unsigned char>;
 class TestPic : public QorPicBlock
 {
 public:
-    using QorPicBlock::QorPicBlock;
     using QorPicBlock::GetUsableRows;
+    using QorPicBlock::QorPicBlock;
     using QorPicBlock::SetType;
     using QorPicBlock::TransferColor;
 };
@@ -90,7 +91,9 @@ TEST(QorPicBlockType, SetTypeGivesBitsAndBytesPerPixelOfEachType)
     {
         QorPicBlock::ColorType type;
         unsigned short bits, bytes;
-    } cases[] = {{QorPicBlock::Bit16, 16, 2}, {QorPicBlock::Bit24, 24, 3}, {QorPicBlock::Bit32, 32, 4},
+    } cases[] = {{QorPicBlock::Bit16, 16, 2},
+                 {QorPicBlock::Bit24, 24, 3},
+                 {QorPicBlock::Bit32, 32, 4},
                  {QorPicBlock::Bit8, 8, 1}};
     TestPic p;
     for (const auto& c : cases)
@@ -757,6 +760,31 @@ TEST(QorPicBlockCopy, AttachedDestinationIsNeverWrittenPastItsBuffer)
     EXPECT_EQ(buffer, expected);
 }
 
+TEST(QorPicBlockCopy, RectangleTooLargeForResetLeavesThePictureUnchanged)
+{
+    QorPicBlock src(QorPicBlock::Bit8, 3, 3);
+    Number(src);
+    stPaletteEntry palette[256];
+    src.SetPaletteEntryPtr(palette);
+    unsigned char colour[4] = {1, 2, 3, 4};
+    QorPicBlock p(QorPicBlock::Bit32, 2, 2, colour);
+    const unsigned char mask[4] = {5, 6, 7, 8};
+    p.SetMask(mask);
+    p.Copy(src, 0, 0, 99999, 99999); // 1e10 bytes
+    EXPECT_EQ(p.GetColorType(), QorPicBlock::Bit32);
+    EXPECT_EQ(p.GetWidth(), 2);
+    EXPECT_EQ(PixelBytes(p), Repeat({1, 2, 3, 4}, 4));
+    EXPECT_EQ(MaskBytes(p), (Bytes{5, 6, 7, 8}));
+    EXPECT_EQ(p.GetPaletteEntryPtr(), nullptr);
+
+    const QorPicBlock q(src, 0, 0, 99999, 99999);
+    EXPECT_EQ(q.GetColorType(), QorPicBlock::Bit8);
+    EXPECT_EQ(q.GetWidth(), 0);
+    EXPECT_EQ(q.GetDataPtr(), nullptr);
+    ASSERT_NE(q.GetMask(), nullptr);
+    EXPECT_EQ(MaskBytes(q), (Bytes{0}));
+}
+
 TEST(QorPicBlockCopy, CopyConstructorCopiesTheWholePictureIntoItsOwnBuffer)
 {
     QorPicBlock src(QorPicBlock::Bit8, 4, 3);
@@ -840,8 +868,7 @@ TEST(QorPicBlockCopy, SelfAssignmentKeepsPixelsMaskAndPalette)
 
 namespace
 {
-const QorPicBlock::ColorType kTypes[] = {QorPicBlock::Bit8, QorPicBlock::Bit16, QorPicBlock::Bit24,
-                                         QorPicBlock::Bit32};
+const QorPicBlock::ColorType kTypes[] = {QorPicBlock::Bit8, QorPicBlock::Bit16, QorPicBlock::Bit24, QorPicBlock::Bit32};
 
 // A palette whose entry i is (i, 255 - i, i / 2).
 struct Palette
@@ -965,9 +992,9 @@ TEST(QorPicBlockTransfer, UnknownSourceTypeIsFalse)
 
 TEST(QorPicBlockGray, PureBlueIs28AndPureRedIs76)
 {
-    EXPECT_EQ(QorPicBlock::ColorToGray(0, 0, 255), 28);   // 28.05
-    EXPECT_EQ(QorPicBlock::ColorToGray(255, 0, 0), 76);   // 76.5
-    EXPECT_EQ(QorPicBlock::ColorToGray(0, 255, 0), 150);  // 150.45
+    EXPECT_EQ(QorPicBlock::ColorToGray(0, 0, 255), 28);  // 28.05
+    EXPECT_EQ(QorPicBlock::ColorToGray(255, 0, 0), 76);  // 76.5
+    EXPECT_EQ(QorPicBlock::ColorToGray(0, 255, 0), 150); // 150.45
 }
 
 TEST(QorPicBlockGray, WhiteIs255AndBlackIs0)
@@ -982,4 +1009,16 @@ TEST(QorPicBlockGray, MixedColoursAreTruncated)
     EXPECT_EQ(QorPicBlock::ColorToGray(100, 150, 200), 140); // 22 + 88.5 + 30 = 140.5
     EXPECT_EQ(QorPicBlock::ColorToGray(0, 0, 9), 0);         // 0.99
     EXPECT_EQ(QorPicBlock::ColorToGray(3, 0, 0), 0);         // 0.9
+}
+
+TEST(QorPicBlockCopy, CornersWhoseDistanceOverflowsLeaveThePictureUnchanged)
+{
+    unsigned char five = 5, nine = 9;
+    QorPicBlock src(QorPicBlock::Bit8, 4, 4, &five);
+    QorPicBlock dst(QorPicBlock::Bit8, 2, 2, &nine);
+    dst.Copy(src, LONG_MIN, 0, LONG_MAX, 1);
+    dst.Copy(src, 0, LONG_MAX, 1, LONG_MIN + 1);
+    EXPECT_EQ(dst.GetWidth(), 2);
+    EXPECT_EQ(dst.GetHeight(), 2);
+    EXPECT_EQ(dst.GetPixel(1, 1)[0], 9);
 }

@@ -1,0 +1,238 @@
+// Pasting and filling beside memcpy/memset and SDL2 doing the same work, for 8, 24 and 32 bits:
+// a 64 x 64 sprite into a 640 x 480 picture, and a whole 640 x 480 frame. About half of every
+// source's pixels are the key colour.
+#include "BenchRatios.h"
+#include "qor/pictures.h"
+
+#include <SDL.h>
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace
+{
+const long kFrameW = 640, kFrameH = 480;
+
+struct SurfaceDeleter
+{
+    void operator()(SDL_Surface* s) const { SDL_FreeSurface(s); }
+};
+using Surface = std::unique_ptr<SDL_Surface, SurfaceDeleter>;
+
+Uint32 SdlFormat(int bpp)
+{
+    switch (bpp)
+    {
+    case 1:
+        return SDL_PIXELFORMAT_INDEX8;
+    case 3:
+        return SDL_PIXELFORMAT_RGB24; // bytes in memory: red, green, blue
+    default:
+        return SDL_PIXELFORMAT_RGB888; // 32-bit words 0x00RRGGBB: bytes blue, green, red, unused
+    }
+}
+
+// The SDL value of a key given as picture bytes, so that SDL treats exactly the same pixels as the key.
+Uint32 SdlKey(const SDL_Surface* s, const unsigned char* key, int bpp)
+{
+    if (bpp == 1)
+        return key[0];
+    if (bpp == 3)
+        return SDL_MapRGB(s->format, key[0], key[1], key[2]);
+    return SDL_MapRGB(s->format, key[2], key[1], key[0]);
+}
+
+Surface MakeSurface(const QorPicBlock& p, SDL_Palette* palette)
+{
+    const int bpp = p.GetBytesPerPixel();
+    Surface s(SDL_CreateRGBSurfaceWithFormat(0, int(p.GetWidth()), int(p.GetHeight()), bpp * 8, SdlFormat(bpp)));
+    if (palette)
+        SDL_SetSurfacePalette(s.get(), palette);
+    for (long y = 0; y < p.GetHeight(); ++y)
+        std::memcpy(static_cast<unsigned char*>(s->pixels) + y * s->pitch, p.GetPixel(0, y),
+                    std::size_t(p.GetWidth()) * bpp);
+    return s;
+}
+
+struct Scene
+{
+    QorPicBlock dst;
+    QorPicBlock src;
+    unsigned char key[4] = {0x10, 0x20, 0x30, 0x00};
+    SDL_Palette* palette = nullptr;
+
+    Scene(int bpp, long side)
+        : dst(QorPicBlock::ColorType(bpp), kFrameW, kFrameH),
+          src(QorPicBlock::ColorType(bpp), side == 0 ? kFrameW : side, side == 0 ? kFrameH : side)
+    {
+        std::mt19937 rng(42);
+        std::uniform_int_distribution<int> byte(0, 255);
+        for (unsigned long i = 0; i < dst.GetSize(); ++i)
+            dst.GetDataPtr()[i] = static_cast<unsigned char>(byte(rng));
+        // Runs of key and of colour, as in a sprite: about half of the pixels are the key.
+        const int b = dst.GetBytesPerPixel();
+        bool isKey = false;
+        for (long i = 0, run = 0; i < src.GetWidth() * src.GetHeight(); ++i, --run)
+        {
+            if (run <= 0)
+            {
+                isKey = !isKey;
+                run = 1 + byte(rng) % 24;
+            }
+            unsigned char* px = src.GetDataPtr() + i * b;
+            for (int k = 0; k < b; ++k)
+                px[k] = isKey ? key[k] : static_cast<unsigned char>(0x80 | byte(rng));
+        }
+        src.SetMask(key);
+        if (b == 1)
+        {
+            palette = SDL_AllocPalette(256);
+            std::vector<SDL_Color> colours(256);
+            for (int i = 0; i < 256; ++i)
+                colours[i] = SDL_Color{Uint8(i), Uint8(255 - i), Uint8(i * 7), 255};
+            SDL_SetPaletteColors(palette, colours.data(), 0, 256);
+        }
+    }
+    ~Scene()
+    {
+        if (palette)
+            SDL_FreePalette(palette);
+    }
+    long Bytes() const { return src.GetWidth() * src.GetHeight() * src.GetBytesPerPixel(); }
+};
+
+enum class Mode
+{
+    kOpaque,
+    kKeyed,
+    kMirroredKeyed,
+};
+
+void OurPaste(benchmark::State& state, int bpp, long side, Mode mode)
+{
+    Scene scene(bpp, side);
+    const char keyed = mode != Mode::kOpaque, mirrored = mode == Mode::kMirroredKeyed;
+    for (auto _ : state)
+    {
+        scene.dst.Paste(scene.src, 100 % (kFrameW - scene.src.GetWidth() + 1), 50 % (kFrameH - scene.src.GetHeight() + 1),
+                        keyed, mirrored, 0, 1, 0);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * scene.Bytes());
+}
+
+void RowMemcpy(benchmark::State& state, int bpp, long side)
+{
+    Scene scene(bpp, side);
+    const long dx = 100 % (kFrameW - scene.src.GetWidth() + 1), dy = 50 % (kFrameH - scene.src.GetHeight() + 1);
+    const std::size_t rowBytes = std::size_t(scene.src.GetWidth()) * bpp;
+    for (auto _ : state)
+    {
+        for (long y = 0; y < scene.src.GetHeight(); ++y)
+            std::memcpy(scene.dst.GetPixel(dx, dy + y), scene.src.GetPixel(0, y), rowBytes);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * scene.Bytes());
+}
+
+enum class SdlMode
+{
+    kOpaque,
+    kColorKey,
+    kRle,
+};
+
+void SdlBlit(benchmark::State& state, int bpp, long side, SdlMode mode)
+{
+    Scene scene(bpp, side);
+    Surface dst = MakeSurface(scene.dst, scene.palette);
+    Surface src = MakeSurface(scene.src, scene.palette);
+    if (mode != SdlMode::kOpaque)
+        SDL_SetColorKey(src.get(), SDL_TRUE, SdlKey(src.get(), scene.key, bpp));
+    if (mode == SdlMode::kRle)
+        SDL_SetSurfaceRLE(src.get(), 1);
+    SDL_Rect at{int(100 % (kFrameW - scene.src.GetWidth() + 1)), int(50 % (kFrameH - scene.src.GetHeight() + 1)), 0,
+                0};
+    for (auto _ : state)
+    {
+        SDL_Rect where = at;
+        SDL_BlitSurface(src.get(), nullptr, dst.get(), &where);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * scene.Bytes());
+}
+
+void OurFill(benchmark::State& state, int bpp)
+{
+    QorPicBlock frame(QorPicBlock::ColorType(bpp), kFrameW, kFrameH);
+    const unsigned char colour[4] = {0x12, 0x34, 0x56, 0x00};
+    for (auto _ : state)
+    {
+        frame.Fill(0, 0, kFrameW - 1, kFrameH - 1, colour);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * long(frame.GetSize()));
+}
+
+void Memset(benchmark::State& state, int bpp)
+{
+    std::vector<unsigned char> frame(std::size_t(kFrameW * kFrameH * bpp));
+    for (auto _ : state)
+    {
+        std::memset(frame.data(), 0x12, frame.size());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * long(frame.size()));
+}
+
+void SdlFill(benchmark::State& state, int bpp)
+{
+    QorPicBlock frame(QorPicBlock::ColorType(bpp), kFrameW, kFrameH);
+    Surface s = MakeSurface(frame, nullptr);
+    const Uint32 colour = bpp == 1 ? 0x12 : SDL_MapRGB(s->format, 0x12, 0x34, 0x56);
+    for (auto _ : state)
+    {
+        SDL_FillRect(s.get(), nullptr, colour);
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * long(frame.GetSize()));
+}
+
+int Register()
+{
+    for (int bpp : {1, 3, 4})
+    {
+        for (long side : {64L, 0L})
+        {
+            const std::string group =
+                "paste" + std::to_string(bpp * 8) + (side ? "_sprite64" : "_frame640x480") + "/";
+            benchmark::RegisterBenchmark((group + "ours_opaque").c_str(), OurPaste, bpp, side, Mode::kOpaque);
+            benchmark::RegisterBenchmark((group + "ours_keyed").c_str(), OurPaste, bpp, side, Mode::kKeyed);
+            benchmark::RegisterBenchmark((group + "ours_mirrored_keyed").c_str(), OurPaste, bpp, side,
+                                         Mode::kMirroredKeyed);
+            benchmark::RegisterBenchmark((group + "memcpy_rows").c_str(), RowMemcpy, bpp, side);
+            benchmark::RegisterBenchmark((group + "sdl_opaque").c_str(), SdlBlit, bpp, side, SdlMode::kOpaque);
+            benchmark::RegisterBenchmark((group + "sdl_colorkey").c_str(), SdlBlit, bpp, side, SdlMode::kColorKey);
+            benchmark::RegisterBenchmark((group + "sdl_colorkey_rle").c_str(), SdlBlit, bpp, side, SdlMode::kRle);
+        }
+        const std::string group = "fill" + std::to_string(bpp * 8) + "_frame640x480/";
+        benchmark::RegisterBenchmark((group + "ours_fill").c_str(), OurFill, bpp);
+        benchmark::RegisterBenchmark((group + "memset").c_str(), Memset, bpp);
+        benchmark::RegisterBenchmark((group + "sdl_fillrect").c_str(), SdlFill, bpp);
+    }
+    qorbench::AddRatio("ours_opaque", "memcpy_rows");
+    qorbench::AddRatio("ours_keyed", "sdl_colorkey");
+    qorbench::AddRatio("ours_keyed", "sdl_colorkey_rle");
+    qorbench::AddRatio("ours_mirrored_keyed", "sdl_colorkey");
+    qorbench::AddRatio("ours_opaque", "sdl_opaque");
+    qorbench::AddRatio("ours_fill", "memset");
+    qorbench::AddRatio("ours_fill", "sdl_fillrect");
+    return 0;
+}
+
+const int kRegistered = Register();
+} // namespace

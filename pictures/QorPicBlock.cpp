@@ -24,9 +24,12 @@ unsigned short BitsOf(QorPicBlock::ColorType type, unsigned short current)
     return current;
 }
 
+// Computed wide enough that no side can overflow it; larger than any buffer means "refuse".
 std::uint64_t ByteSize(unsigned bits, long w, long h)
 {
-    return (std::uint64_t(bits) * std::uint64_t(std::max(w, 0L)) * std::uint64_t(std::max(h, 0L)) + 7) / 8;
+    using Wide = unsigned __int128;
+    const Wide bytes = (Wide(bits) * Wide(std::max(w, 0L)) * Wide(std::max(h, 0L)) + 7) / 8;
+    return bytes > UINT64_MAX ? UINT64_MAX : static_cast<std::uint64_t>(bytes);
 }
 
 // Sizes a picture may take: each side in 32 bits and the byte count in 32 bits.

@@ -161,15 +161,20 @@ public:
     /// Fills the 4-connected region of pixels equal to pixel (x, y) with colour. When filled is given, the
     /// byte offset of every written pixel is appended (a pixel reached twice is listed twice).
     void FloodFill(long x, long y, const unsigned char* colour, Cycle<long>* filled);
-    /// Fills the same region with pattern, tiled from the picture's top-left corner.
+    /// Fills the same region with pattern, tiled from the picture's top-left corner. A pattern of another
+    /// colour type, or an empty one, changes nothing.
     void FloodFill(long x, long y, const QorPicBlock& pattern);
     /// Block mosaic of src into this picture: every bw x bh block takes its top-left source pixel.
+    /// \note Nothing happens for a src of another colour type. Pixels that fall outside this picture are
+    ///       skipped; bw = bh = 1 pastes the whole of src at the rectangle's corner (transparent, clipped).
     void SetMosiac(const QorPicBlock& src, long bw, long bh);
     void SetMosiac(const QorPicBlock& src, long bw, long bh, const QorRect& rect);
     void SetMosiac(const QorPicBlock& src, long bw, long bh, long x1, long y1, long x2, long y2);
     /// Builds the shuffled (destination offset, source offset) pairs of a dissolve of src's rectangle at
     /// (dx, dy) into a new[] array stored in *pairs for the caller to delete[]; returns their number.
     /// opaqueOnly leaves out source pixels equal to the mask colour. Mismatched depths give null and 0.
+    /// \note Pixels the clip leaves outside this picture are left out. No pairs give null and 0, and then
+    ///       rand() is not called.
     unsigned long GenerateRandomPasteArray(Point<long>** pairs, const QorPicBlock& src, long dx, long dy, long sx1,
                                            long sy1, long sx2, long sy2, char opaqueOnly);
     unsigned long GenerateRandomPasteArray(Point<long>** pairs, const QorPicBlock& src, Point<long> dest,
@@ -177,14 +182,17 @@ public:
     unsigned long GenerateRandomPasteArray(Point<long>** pairs, const QorPicBlock& src, long dx, long dy,
                                            char opaqueOnly);
     /// Copies the pixels of count pairs from src into this picture.
+    /// \note A pair whose offset (plus the pixel's bytes) lies outside either picture's buffer is skipped.
     void RandomPaste(const QorPicBlock& src, const Point<long>* pairs, long count);
 
-    /// This picture becomes src scaled to newWidth x newHeight (nearest neighbour).
+    /// This picture becomes src scaled to newWidth x newHeight (nearest neighbour); the palette pointer is kept.
+    /// \note An empty src, a new side below 1 or a size Reset would refuse leaves this picture unchanged.
     void CreateZoom(const QorPicBlock& src, long newWidth, long newHeight);
     /// Scaling by factors is not offered: this picture is left unchanged.
     void CreateZoom(const QorPicBlock& src, double zoomX, double zoomY);
     /// This picture becomes src turned clockwise by degrees about its top-left pixel; uncovered pixels get
-    /// the mask colour.
+    /// the mask colour. An empty src, an angle that is not finite or a result Reset would refuse leaves
+    /// this picture unchanged.
     void CreateRotate(const QorPicBlock& src, double degrees);
     /// This picture becomes src with a regular screen of pixels replaced by the mask colour; ratio (clamped
     /// to 0.1 .. 0.9) is the share of pixels kept.

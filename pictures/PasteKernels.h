@@ -4,7 +4,9 @@
 // writes n destination pixels from dst onwards; it reads source pixels from src onwards, or, for the
 // mirrored kernels, from src backwards (pixel k at src - k * bytes per pixel). Bounds are the caller's.
 
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace qor::detail
 {
@@ -32,6 +34,19 @@ PasteRowKernel GetPasteRowKernel(int bytesPerPixel, bool transparent, bool mirro
 /// masked off: rows compare (pixel & GetKeyMask(4)) against it.
 std::uint32_t PackKey(const unsigned char* key, int bytesPerPixel);
 std::uint32_t GetKeyMask(int bytesPerPixel);
+
+/// Orders the corners (x1 <= x2, y1 <= y2), raises x1 and y1 to 0 and lowers x2 to maxX and y2 to maxY.
+inline void OrderAndClip(long& x1, long& y1, long& x2, long& y2, long maxX, long maxY)
+{
+    if (x1 > x2)
+        std::swap(x1, x2);
+    if (y1 > y2)
+        std::swap(y1, y2);
+    x1 = std::max(x1, 0L);
+    y1 = std::max(y1, 0L);
+    x2 = std::min(x2, maxX);
+    y2 = std::min(y2, maxY);
+}
 
 /// Fills n pixels of bytesPerPixel bytes at dst with colour.
 void FillPixels(unsigned char* dst, long n, const unsigned char* colour, int bytesPerPixel);

@@ -133,6 +133,12 @@ unsigned long QorPicBlock::GetSize() const
     return ByteSize(m_bitsPerPixel, m_width, m_height);
 }
 
+bool QorPicBlock::ClipToBuffer(long& x1, long& y1, long& x2, long& y2) const
+{
+    qor::detail::OrderAndClip(x1, y1, x2, y2, long(m_width) - 1, GetUsableRows() - 1);
+    return x1 <= x2 && y1 <= y2;
+}
+
 long QorPicBlock::GetUsableRows() const
 {
     const std::uint64_t rowBytes = std::uint64_t(m_width) * m_bytesPerPixel;
@@ -240,15 +246,7 @@ void QorPicBlock::Fill(long x1, long y1, long x2, long y2, const unsigned char* 
 {
     if (!colour || !m_data)
         return;
-    if (x1 > x2)
-        std::swap(x1, x2);
-    if (y1 > y2)
-        std::swap(y1, y2);
-    x1 = std::max(x1, 0L);
-    y1 = std::max(y1, 0L);
-    x2 = std::min(x2, long(m_width) - 1);
-    y2 = std::min(y2, GetUsableRows() - 1);
-    if (y1 > y2 || x1 > x2)
+    if (!ClipToBuffer(x1, y1, x2, y2))
         return;
     const std::size_t bpp = m_bytesPerPixel;
     if (x1 == 0 && x2 == m_width - 1)
@@ -288,15 +286,7 @@ void QorPicBlock::Fill(long x1, long y1, long x2, long y2, const QorPicBlock& pa
     if (pattern.m_colorType != m_colorType || pattern.m_width < 1 || pattern.m_height < 1 || !pattern.m_data ||
         !m_data)
         return;
-    if (x1 > x2)
-        std::swap(x1, x2);
-    if (y1 > y2)
-        std::swap(y1, y2);
-    x1 = std::max(x1, 0L);
-    y1 = std::max(y1, 0L);
-    x2 = std::min(x2, long(m_width) - 1);
-    y2 = std::min(y2, GetUsableRows() - 1);
-    if (y1 > y2 || x1 > x2)
+    if (!ClipToBuffer(x1, y1, x2, y2))
         return;
     const std::size_t bpp = m_bytesPerPixel;
     const long total = x2 - x1 + 1;

@@ -220,6 +220,8 @@ protected:
 
 private:
     void StdInit();
+    /// Orders the corners and clips them to the rows the buffer holds; false when nothing is left.
+    bool ClipToBuffer(long& x1, long& y1, long& x2, long& y2) const;
     char PasteRows(const QorPicBlock& src, int bpp, long dx, long dy, long sx1, long sy1, long sx2, long sy2,
                    char transparent, char mirrorX, char mirrorY, char subtract);
     bool Resize(long w, long h);

@@ -50,14 +50,7 @@ char QorPicBlock::IsValidPaste(const QorPicBlock& src) const
 char QorPicBlock::AutoFitInRegion(long& x1, long& y1, long& x2, long& y2) const
 {
     const long ox1 = x1, oy1 = y1, ox2 = x2, oy2 = y2;
-    if (x1 > x2)
-        std::swap(x1, x2);
-    if (y1 > y2)
-        std::swap(y1, y2);
-    x1 = std::max(x1, 0L);
-    y1 = std::max(y1, 0L);
-    x2 = std::min(x2, long(m_width) - 1);
-    y2 = std::min(y2, long(m_height) - 1);
+    qor::detail::OrderAndClip(x1, y1, x2, y2, long(m_width) - 1, long(m_height) - 1);
     return x1 != ox1 || y1 != oy1 || x2 != ox2 || y2 != oy2;
 }
 

@@ -169,32 +169,48 @@ QOR_AVX2 void Keyed32Avx2(unsigned char* dst, const unsigned char* src, long n, 
 // Eight 3-byte pixels per step: each 128-bit lane widens four pixels to 32-bit words (fourth byte 0),
 // compares them with the key and narrows the result back to a byte mask. The lanes are then packed into
 // 24 contiguous bytes and stored without overlap, so the next step's loads never wait on a store.
+// Shift is where the pixels start in each 16-byte lane load: 0 reads 4 bytes past the eight pixels,
+// 4 reads 4 bytes before them (used for the last step of a row, which must not read past its end).
+template <int Shift>
+QOR_AVX2 inline void Keyed24Step(unsigned char* d0, const unsigned char* s0, __m256i k)
+{
+    const __m256i widen = _mm256_setr_epi8(Shift + 0, Shift + 1, Shift + 2, -1, Shift + 3, Shift + 4, Shift + 5, -1,
+                                           Shift + 6, Shift + 7, Shift + 8, -1, Shift + 9, Shift + 10, Shift + 11, -1,
+                                           Shift + 0, Shift + 1, Shift + 2, -1, Shift + 3, Shift + 4, Shift + 5, -1,
+                                           Shift + 6, Shift + 7, Shift + 8, -1, Shift + 9, Shift + 10, Shift + 11, -1);
+    // Byte j of the pixels takes word (j / 3) of the comparison; the bytes outside the pixels keep dst.
+    const __m256i narrow = Shift == 0 ? _mm256_setr_epi8(0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1, //
+                                                         0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1)
+                                      : _mm256_setr_epi8(-1, -1, -1, -1, 0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, //
+                                                         -1, -1, -1, -1, 0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12);
+    const __m256i pack = Shift == 0 ? _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6) : _mm256_setr_epi32(1, 2, 3, 5, 6, 7, 7, 7);
+    const __m256i s = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(s0 + 12 - Shift),
+                                          reinterpret_cast<const __m128i*>(s0 - Shift));
+    const __m256i d = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(d0 + 12 - Shift),
+                                          reinterpret_cast<const __m128i*>(d0 - Shift));
+    const __m256i notKey =
+        _mm256_xor_si256(_mm256_cmpeq_epi32(_mm256_shuffle_epi8(s, widen), k), _mm256_set1_epi32(-1));
+    const __m256i take = _mm256_shuffle_epi8(notKey, narrow);
+    const __m256i r = _mm256_permutevar8x32_epi32(_mm256_blendv_epi8(d, s, take), pack);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d0), _mm256_castsi256_si128(r));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(d0 + 16), _mm256_extracti128_si256(r, 1));
+}
+
 QOR_AVX2 void Keyed24Avx2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
 {
-    const __m256i widen = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1, //
-                                           0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
-    const __m256i narrow = _mm256_setr_epi8(0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1, //
-                                            0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1);
     const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
-    const __m256i ones = _mm256_set1_epi32(-1);
-    const __m256i pack = _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6);
-    long i = 0;
-    // Each step reads 28 bytes from the position of pixel i, so ten pixels must remain.
-    for (; i + 10 <= n; i += 8)
+    if (n < 10)
     {
-        const unsigned char* s0 = src + 3 * i;
-        unsigned char* d0 = dst + 3 * i;
-        const __m256i s = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(s0 + 12),
-                                              reinterpret_cast<const __m128i*>(s0));
-        const __m256i d = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(d0 + 12),
-                                              reinterpret_cast<const __m128i*>(d0));
-        const __m256i notKey = _mm256_xor_si256(_mm256_cmpeq_epi32(_mm256_shuffle_epi8(s, widen), k), ones);
-        const __m256i take = _mm256_shuffle_epi8(notKey, narrow);
-        const __m256i r = _mm256_permutevar8x32_epi32(_mm256_blendv_epi8(d, s, take), pack);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(d0), _mm256_castsi256_si128(r));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(d0 + 16), _mm256_extracti128_si256(r, 1));
+        RowScalar<3, true, false, false>(dst, src, n, key);
+        return;
     }
-    RowScalar<3, true, false, false>(dst + 3 * i, src + 3 * i, n - i, key);
+    long i = 0;
+    for (; i + 10 <= n; i += 8)
+        Keyed24Step<0>(dst + 3 * i, src + 3 * i, k);
+    // The last eight pixels once more, read without passing the row's end. Pixels done twice come out
+    // the same: a key pixel keeps dst, any other pixel is src again.
+    if (i < n)
+        Keyed24Step<4>(dst + 3 * (n - 8), src + 3 * (n - 8), k);
 }
 
 template <bool Transparent>

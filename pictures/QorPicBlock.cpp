@@ -144,6 +144,9 @@ long QorPicBlock::GetUsableRows() const
     const std::uint64_t rowBytes = std::uint64_t(m_width) * m_bytesPerPixel;
     if (rowBytes == 0 || !m_data)
         return m_data ? m_height : 0;
+    // The usual case, a buffer holding every row, needs no division.
+    if (rowBytes * std::uint64_t(m_height) <= m_capacity)
+        return m_height;
     return static_cast<long>(std::min<std::uint64_t>(m_height, m_capacity / rowBytes));
 }
 

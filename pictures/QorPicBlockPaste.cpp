@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstddef>
+#include <cstring>
 
 namespace
 {
@@ -112,6 +114,12 @@ char QorPicBlock::PasteRows(const QorPicBlock& src, int bpp, long dx, long dy, l
         return 0;
     if (sy1 > sy2 || !m_data || !src.m_data)
         return 1;
+    if (&src == this)
+    {
+        // Pasting a picture into itself reads the picture as it was before the paste.
+        const QorPicBlock before(src);
+        return PasteRows(before, bpp, dx, dy, sx1, sy1, sx2, sy2, transparent, mirrorX, mirrorY, subtract);
+    }
     const bool sixteen = bpp == 2;
     const long srcWidth = src.m_width;
     const long srcRows = src.GetUsableRows();
@@ -138,42 +146,70 @@ char QorPicBlock::PasteRows(const QorPicBlock& src, int bpp, long dx, long dy, l
     const long first = static_cast<long>(rowLo), last = static_cast<long>(rowHi);
     const long n = static_cast<long>(colHi - colLo + 1);
     const std::size_t dstPitch = std::size_t(m_width) * bpp;
-    unsigned char* d = m_data + static_cast<std::size_t>((Wide(dy) + first) * m_width + dx + colLo) * bpp;
+    unsigned char* const d0 = m_data + static_cast<std::size_t>((Wide(dy) + first) * m_width + dx + colLo) * bpp;
 
-    // An opaque unmirrored paste of whole rows between pictures of the same width is one block copy.
-    if (!transparent && !mirrorX && !mirrorY && !(sixteen && subtract) && columnsInside && n == m_width &&
-        n == srcWidth && Wide(sy1) + first >= 0 && Wide(sy1) + last < srcRows)
+    // Rows whose source row exists in src: with the columns inside, they take the whole interval and
+    // the source pointer simply steps a row up or down.
+    Wide fastLo = last + 1, fastHi = last;
+    if (columnsInside)
     {
-        const unsigned char* s = src.m_data + static_cast<std::size_t>((Wide(sy1) + first) * srcWidth + colA) * bpp;
-        kernel(d, s, n * (last - first + 1), key);
-        return 1;
+        fastLo = mirrorY ? lastRow - (srcRows - 1) : -Wide(sy1);
+        fastHi = mirrorY ? lastRow : Wide(srcRows) - 1 - sy1;
+        fastLo = std::max<Wide>(fastLo, first);
+        fastHi = std::min<Wide>(fastHi, last);
     }
-
-    for (long r = first; r <= last; ++r, d += dstPitch)
+    if (fastLo <= fastHi)
     {
-        const Wide srcRow = mirrorY ? lastRow - r : Wide(sy1) + r;
-        if (columnsInside && srcRow >= 0 && srcRow < srcRows)
+        const long from = static_cast<long>(fastLo), to = static_cast<long>(fastHi);
+        const Wide srcRow = mirrorY ? lastRow - from : Wide(sy1) + from;
+        const unsigned char* s = src.m_data + static_cast<std::size_t>(srcRow * srcWidth + colA) * bpp;
+        const std::ptrdiff_t srcStep = (mirrorY ? -1 : 1) * std::ptrdiff_t(srcWidth) * bpp;
+        unsigned char* d = d0 + std::size_t(from - first) * dstPitch;
+        const std::size_t rowBytes = std::size_t(n) * bpp;
+        if (!transparent && !mirrorX && !(sixteen && subtract))
         {
-            kernel(d, src.m_data + static_cast<std::size_t>(srcRow * srcWidth + colA) * bpp, n, key);
-            continue;
-        }
-        // base + step * c, the source pixel index of column c, must lie in [0, srcPixels - 1].
-        const Wide base = srcRow * srcWidth + firstColumn;
-        Wide lo = colLo, hi = colHi;
-        if (step > 0)
-        {
-            lo = std::max(lo, -base);
-            hi = std::min(hi, srcPixels - 1 - base);
+            for (long r = from; r <= to; ++r, d += dstPitch, s += srcStep)
+                std::memcpy(d, s, rowBytes);
         }
         else
         {
-            lo = std::max(lo, base - (srcPixels - 1));
-            hi = std::min(hi, base);
+            for (long r = from; r <= to; ++r, d += dstPitch, s += srcStep)
+                kernel(d, s, n, key);
         }
-        if (lo > hi)
-            continue;
-        kernel(d + static_cast<std::size_t>(lo - colLo) * bpp,
-               src.m_data + static_cast<std::size_t>(base + step * lo) * bpp, static_cast<long>(hi - lo + 1), key);
+    }
+
+    // The remaining rows: each row's columns are cut to those whose source index lies in src's pixels
+    // (a mirrored paste can address pixels before a row's start, which belong to the row above).
+    const auto pasteClippedRows = [&](long from, long to) {
+        for (long r = from; r <= to; ++r)
+        {
+            const Wide srcRow = mirrorY ? lastRow - r : Wide(sy1) + r;
+            const Wide base = srcRow * srcWidth + firstColumn; // source pixel index of column 0
+            Wide lo = colLo, hi = colHi;
+            if (step > 0)
+            {
+                lo = std::max(lo, -base);
+                hi = std::min(hi, srcPixels - 1 - base);
+            }
+            else
+            {
+                lo = std::max(lo, base - (srcPixels - 1));
+                hi = std::min(hi, base);
+            }
+            if (lo <= hi)
+                kernel(d0 + std::size_t(r - first) * dstPitch + static_cast<std::size_t>(lo - colLo) * bpp,
+                       src.m_data + static_cast<std::size_t>(base + step * lo) * bpp,
+                       static_cast<long>(hi - lo + 1), key);
+        }
+    };
+    if (fastLo <= fastHi)
+    {
+        pasteClippedRows(first, static_cast<long>(fastLo) - 1);
+        pasteClippedRows(static_cast<long>(fastHi) + 1, last);
+    }
+    else
+    {
+        pasteClippedRows(first, last);
     }
     return 1;
 }

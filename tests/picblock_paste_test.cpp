@@ -395,3 +395,17 @@ TEST(QorPicBlockPaste, FillPixelsMatchesPixelByPixelWriting)
             ASSERT_EQ(fast, slow) << "bpp " << bpp << " n " << n;
         }
 }
+
+TEST(QorPicBlockPaste, PastingAPictureIntoItselfReadsThePictureAsItWas)
+{
+    QorPicBlock p(QorPicBlock::Bit24, 6, 1);
+    for (long x = 0; x < 6; ++x)
+        for (int b = 0; b < 3; ++b)
+            p.GetPixel(x, 0)[b] = static_cast<unsigned char>(10 * x + b);
+    QorPicBlock expected(p);
+    ASSERT_TRUE(qortest::ReferencePaste(expected, QorPicBlock(p), 2, 0, 0, 0, 3, 0, false, false, false, true, false));
+    ASSERT_EQ(p.Paste(p, 2, 0, 0, 0, 3, 0, 0, 0, 0, 1, 0), 1);
+    EXPECT_EQ(Bytes(p), Bytes(expected));
+    EXPECT_EQ(p.GetPixel(2, 0)[0], 0);
+    EXPECT_EQ(p.GetPixel(5, 0)[0], 30);
+}

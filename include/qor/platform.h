@@ -1,4 +1,6 @@
 #pragma once
 
-// Platform layer: the Windows structure and integer names the library's signatures use.
+// Platform layer: the Windows structure and integer names the library's signatures use, and the record
+// store classes (over SQLite) that the record helpers work through.
 #include "platform/QorWinTypes.h"
+#include "platform/QorDao.h"

@@ -1,4 +1,5 @@
 #include "QorDirectory.h"
+#include "QorText.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -20,10 +21,17 @@
 
 namespace
 {
-// A Big5 lead byte: it and the byte after it are one character (the rule of IsUnicode).
 inline bool IsLeadByte(unsigned char c)
 {
-    return c >= 0xA0;
+    return IsUnicode(static_cast<char>(c));
+}
+
+// Desktop entries are UTF-8: the texts shown to the user (name, description) are Big5 and are converted;
+// paths stay the bytes the file system knows them by.
+std::string DisplayText(const char* big5)
+{
+    const QorString utf8 = QorBig5ToUtf8(big5, std::strlen(big5));
+    return std::string(static_cast<const char*>(utf8), utf8.GetLength());
 }
 
 struct SplitPath
@@ -595,9 +603,9 @@ char QorCreateShortcut(const char* group, const char* name, const char* target, 
             return 0;
         QorCreateDirectory(dir.c_str());
 
-        std::string text = "[Desktop Entry]\nType=Application\nName=" + EscapeValue(name) + "\n";
+        std::string text = "[Desktop Entry]\nType=Application\nName=" + EscapeValue(DisplayText(name)) + "\n";
         if (!IsEmptyText(description))
-            text += "Comment=" + EscapeValue(description) + "\n";
+            text += "Comment=" + EscapeValue(DisplayText(description)) + "\n";
         text += "Exec=" + EscapeValue(ExecArgument(target)) + "\n";
         if (!IsEmptyText(workDir))
             text += "Path=" + EscapeValue(workDir) + "\n";

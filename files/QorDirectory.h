@@ -52,10 +52,9 @@ QorString QorGetShortcutDir(const char* group);
 /// Creates the desktop entry <name>.desktop in the menu folder of group (creating the folder), of type
 /// Application, with Name=name, Comment=description, Exec=target (one program path, quoted as a single
 /// argument when needed) and Path=workDir. Comment and Path are left out when empty. An existing entry
-/// is overwritten. Values are escaped so that no text can start another line or key. Big5 texts are
-/// written as they are (the format expects UTF-8; converting is the caller's choice).
-/// The name and description are Big5 and are written as UTF-8 (desktop entries are UTF-8); the target
-/// and working directory are paths and keep their bytes.
+/// is overwritten. Values are escaped so that no text can start another line or key. The name and
+/// description are Big5 and are written as UTF-8 (desktop entries are UTF-8); the target and working
+/// directory are paths and keep their bytes.
 /// Returns false for an empty name or target, a name holding a separator (or being "." or ".."), a group
 /// refused by QorGetShortcutDir, a link in place of the entry, or a folder or file that cannot be written.
 char QorCreateShortcut(const char* group, const char* name, const char* target, const char* workDir,

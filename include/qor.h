@@ -6,4 +6,5 @@
 #include "qor/files.h"
 #include "qor/platform.h"
 #include "qor/pictures.h"
+#include "qor/compositor.h"
 #include "qor/charts.h"

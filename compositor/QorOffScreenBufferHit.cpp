@@ -5,7 +5,7 @@ using qor::detail::FindBackward;
 using qor::detail::FindForward;
 using qor::detail::MakeGuider;
 
-char QorOffScreenBuffer::CheckCollision(const QorGuider& sprite, long x, long y, char exact, char anywhere)
+unsigned char QorOffScreenBuffer::CheckCollision(const QorGuider& sprite, long x, long y, char exact, char anywhere)
 {
     QorSprite* found = FindSprite(sprite);
     if (!found)
@@ -17,8 +17,9 @@ char QorOffScreenBuffer::CheckCollision(const QorGuider& sprite, long x, long y,
     return found->IsHit(x, y, exact);
 }
 
-char QorOffScreenBuffer::CheckCollision(const QorGuider& child1, const QorGuider& sprite1, const QorGuider& child2,
-                                        const QorGuider& sprite2, long dx, long dy, char exact, char anywhere)
+unsigned char QorOffScreenBuffer::CheckCollision(const QorGuider& child1, const QorGuider& sprite1,
+                                                 const QorGuider& child2, const QorGuider& sprite2, long dx, long dy,
+                                                 char exact, char anywhere)
 {
     QorSprite* target = FindSprite(sprite1);
     QorSprite* probe = FindSprite(sprite2);

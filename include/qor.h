@@ -6,5 +6,6 @@
 #include "qor/files.h"
 #include "qor/platform.h"
 #include "qor/pictures.h"
+#include "qor/audio.h"
 #include "qor/compositor.h"
 #include "qor/charts.h"

@@ -11,6 +11,7 @@ packages=(
     libsqlite3-dev
     googletest libgtest-dev libgmock-dev libbenchmark-dev
     xvfb clang
+    alsa-utils
 )
 
 missing=()

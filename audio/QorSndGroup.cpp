@@ -1,0 +1,3 @@
+#include "QorSndGroup.h"
+
+QorSndGroup::QorSndGroup() : QorDataGroup(kMagic) {}

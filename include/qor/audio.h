@@ -1,0 +1,10 @@
+#pragma once
+
+// Audio: sound blocks with their formats and conversions, sound groups, and the table of sounds played
+// one at a time on the platform's wave output device.
+#include "qor/core.h"
+#include "qor/files.h"
+#include "platform/QorAudioPort.h"
+#include "audio/QorSndBlock.h"
+#include "audio/QorSndGroup.h"
+#include "audio/QorAudio.h"

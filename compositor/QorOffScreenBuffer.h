@@ -281,14 +281,14 @@ public:
     /// Removes a sprite of the nearest table and its entry, and clears sprite. 0 when it is not an entry.
     char RemoveNearestSprite(QorGuider& sprite);
 
-    /// Whether (x, y) hits the sprite: 255 for an unknown sprite, 0 for a hidden one or, unless anywhere is
-    /// set, for a point outside the main buffer's visible rectangle.
-    char CheckCollision(const QorGuider& sprite, long x, long y, char exact, char anywhere);
+    /// Whether (x, y) hits the sprite: 255 for an unknown sprite (unsigned, so it compares as 255), 0 for a
+    /// hidden one or, unless anywhere is set, for a point outside the main buffer's visible rectangle.
+    unsigned char CheckCollision(const QorGuider& sprite, long x, long y, char exact, char anywhere);
     /// Whether sprite2's top-left corner, moved by (dx, dy) and carried into child1's coordinates, hits
     /// sprite1. Within one child (equal guiders) the corner is taken as it is, without dx and dy. Show flags
     /// are not consulted. 255 for an unknown sprite or child.
-    char CheckCollision(const QorGuider& child1, const QorGuider& sprite1, const QorGuider& child2,
-                        const QorGuider& sprite2, long dx, long dy, char exact, char anywhere);
+    unsigned char CheckCollision(const QorGuider& child1, const QorGuider& sprite1, const QorGuider& child2,
+                                 const QorGuider& sprite2, long dx, long dy, char exact, char anywhere);
     /// The topmost shown ordinary sprite of the main buffer under (x, y); null guider when none.
     QorGuider FindFirstCollisionSprite(long x, long y, char exact, char anywhere);
     /// Always a null guider: children are not searched.

@@ -201,6 +201,16 @@ public:
     void CreateDeform(const QorPicBlock& src, Point<long> p1, Point<long> p2, Point<long> p3, Point<long> p4);
     void CreateDeform(const QorPicBlock& src, long x1, long y1, long x2, long y2, long x3, long y3, long x4, long y4);
 
+    /// Renders one line of text into this picture: dc's font sets the size (bytes of text x the maximum
+    /// character width by the character height), the glyphs take colour and the rest the mask colour. When
+    /// colour equals the mask colour, the mask colour's first byte is raised by one first. Always true.
+    /// \note dc should be a memory context: the text is drawn into a monochrome bitmap selected into it.
+    ///       An attached picture keeps its size and takes what fits.
+    char SetText(CDC* dc, const char* text, unsigned char* colour);
+    /// Copies the picture's pixel bytes unchanged to (0, 0) of dc through a device-independent section,
+    /// after selecting and realising palette when given. The last column and row are not drawn.
+    void DrawToDC(CDC* dc, CPalette* palette);
+
 protected:
     /// Orders the corners and clips them to this picture; true when any value changed.
     char AutoFitInRegion(long& x1, long& y1, long& x2, long& y2) const;
@@ -254,3 +264,14 @@ char LoadBMP(const char* path, BITMAPINFOHEADER* header, unsigned char** bits);
 /// Turns the rows of bits (padded to 4 bytes) upside down; a height below 1 changes nothing.
 /// \note bits must hold the rows that header describes, as LoadBMP's result does.
 void VerticalReverse(unsigned char* bits, BITMAPINFOHEADER* header);
+
+/// Draws text top to bottom from (x, y), one character at a time, stepping by the font's character
+/// height (upwards in mapping modes other than MM_TEXT). A byte of 0xA0 or more starts a two-byte
+/// character. False only when the font metrics cannot be read.
+char VerticalTextOut(CDC* dc, int x, int y, const char* text);
+char VerticalTextOut(CDC* dc, int x, int y, const unsigned char* text);
+char VerticalTextOut(CDC* dc, int x, int y, const QorString& text);
+/// Draws text bottom to top: the first character lowest, the last at y.
+char VerticalTextOutR(CDC* dc, int x, int y, const char* text);
+char VerticalTextOutR(CDC* dc, int x, int y, const unsigned char* text);
+char VerticalTextOutR(CDC* dc, int x, int y, const QorString& text);

@@ -1,4 +1,5 @@
 #include "QorPlatform.h"
+#include "QorHeadless.h"
 #include "sdl2/QorSdlPort.h"
 
 #include <memory>
@@ -10,6 +11,8 @@ struct PortState
     bool chosen = false;
     QorPortKind kind = QorPortKind::kHeadless;
     std::unique_ptr<QorClock> clock;
+    std::unique_ptr<QorVideoPort> video;
+    std::unique_ptr<QorEventPort> events;
 };
 
 PortState& State()
@@ -54,4 +57,32 @@ QorClock& QorGetClock()
 QorManualClock* QorGetManualClock()
 {
     return dynamic_cast<QorManualClock*>(&QorGetClock());
+}
+
+QorVideoPort& QorGetVideoPort()
+{
+    PortState& state = State();
+    if (!state.video)
+    {
+        state.chosen = true;
+        if (state.kind == QorPortKind::kSdl2)
+            state.video = qor::detail::MakeSdlVideoPort();
+        else
+            state.video = std::make_unique<QorHeadlessVideoPort>();
+    }
+    return *state.video;
+}
+
+QorEventPort& QorGetEventPort()
+{
+    PortState& state = State();
+    if (!state.events)
+    {
+        state.chosen = true;
+        if (state.kind == QorPortKind::kSdl2)
+            state.events = qor::detail::MakeSdlEventPort();
+        else
+            state.events = std::make_unique<QorHeadlessEventPort>();
+    }
+    return *state.events;
 }

@@ -3,6 +3,9 @@
 // The platform layer's entry: which port the program runs on, and the clock every port shares.
 // Each port family (video and events, audio) creates its own objects on first use for the port chosen
 // here, so nothing else needs to be wired at start-up.
+#include "platform/QorWinTypes.h"
+
+#include <memory>
 
 /// The implementations of the platform ports.
 enum class QorPortKind
@@ -51,3 +54,61 @@ private:
 
 /// The headless clock, or null when another port is in use.
 QorManualClock* QorGetManualClock();
+
+// The ports behind the windowing layer (platform/QorWindow.h). Drawing itself is shared software
+// (platform/QorGdi.h); a port only shows frames, reports input and opens message boxes.
+
+/// One window of a port. Its client area shows a 32-bit frame: bytes blue, green, red, unused.
+class QorWindowPort
+{
+public:
+    virtual ~QorWindowPort() = default;
+    /// Opens the window with a client area of width x height; title is UTF-8. 0 when it cannot.
+    virtual char Open(long width, long height, const char* title) = 0;
+    virtual void Close() = 0;
+    virtual void SetTitle(const char* title) = 0;
+    /// Shows the area (x, y, w, h) of frame, whose rows (top first) are pitch bytes apart and which is
+    /// as large as the client area. 0 when nothing could be shown.
+    virtual char Present(long x, long y, long w, long h, const unsigned char* frame, long pitch) = 0;
+    /// The window handle the port's events name.
+    void SetHandle(HWND window) { m_window = window; }
+    HWND GetHandle() const { return m_window; }
+
+private:
+    HWND m_window = nullptr;
+};
+
+/// The display: windows, its size, message boxes and text input.
+class QorVideoPort
+{
+public:
+    virtual ~QorVideoPort() = default;
+    virtual std::unique_ptr<QorWindowPort> CreateWindowPort() = 0;
+    virtual void GetScreenSize(long& width, long& height) = 0;
+    /// Shows a message box with text and caption (UTF-8) and the buttons' labels; returns the index of
+    /// the button chosen, or -1 when no box could be shown.
+    virtual int ShowMessageBox(QorWindowPort* parent, const char* text, const char* caption, const char* const* buttons,
+                               int buttonCount) = 0;
+    virtual void StartTextInput() = 0;
+    virtual void StopTextInput() = 0;
+    virtual char IsTextInputActive() = 0;
+};
+
+/// The source of input messages.
+class QorEventPort
+{
+public:
+    static constexpr unsigned long kForever = ~0UL;
+    virtual ~QorEventPort() = default;
+    /// Takes the next input message that is ready; 0 when there is none. The time and point are filled in
+    /// by the caller.
+    virtual char Poll(MSG& msg) = 0;
+    /// Waits until input may be ready or timeoutMs milliseconds of QorGetClock() have passed. 0 when
+    /// nothing can ever arrive (a headless port without scripted input asked to wait for ever).
+    virtual char Wait(unsigned long timeoutMs) = 0;
+};
+
+/// The display of the port in use, made on first use.
+QorVideoPort& QorGetVideoPort();
+/// The input source of the port in use, made on first use.
+QorEventPort& QorGetEventPort();

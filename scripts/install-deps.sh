@@ -11,6 +11,7 @@ packages=(
     libsqlite3-dev
     googletest libgtest-dev libgmock-dev libbenchmark-dev
     xvfb clang
+    x11-apps xauth
     alsa-utils
 )
 

@@ -28,3 +28,12 @@ std::unique_ptr<QorClock> MakeSdlClock()
     return std::make_unique<SdlClock>();
 }
 } // namespace qor::detail
+
+namespace qor::detail
+{
+void StopSdl()
+{
+    if (SDL_WasInit(0))
+        SDL_Quit();
+}
+} // namespace qor::detail

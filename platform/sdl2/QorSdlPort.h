@@ -12,3 +12,17 @@ bool StartSdl(const char* videoDriver, const char* audioDriver);
 /// A clock on SDL's millisecond counter.
 std::unique_ptr<QorClock> MakeSdlClock();
 } // namespace qor::detail
+
+namespace qor::detail
+{
+/// The SDL2 display: windows with a streaming texture each; SDL's video starts on the port's creation.
+std::unique_ptr<QorVideoPort> MakeSdlVideoPort();
+/// Input from SDL's event queue.
+std::unique_ptr<QorEventPort> MakeSdlEventPort();
+/// Closes the rasteriser's fonts and shuts SDL_ttf down.
+void ShutDownTextRaster();
+/// Shuts SDL_image down.
+void ShutDownSdlImage();
+/// Shuts SDL down when it was started.
+void StopSdl();
+} // namespace qor::detail

@@ -1,0 +1,224 @@
+// Face names to font files through fontconfig, and Big5 text to and from UTF-8 through iconv.
+#include "platform/GdiInternal.h"
+#include "platform/PlatformInternal.h"
+#include "platform/TextRaster.h"
+
+#include <fontconfig/fontconfig.h>
+#include <iconv.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <map>
+#include <string>
+
+namespace qor::detail
+{
+namespace
+{
+// The Kai faces in order of preference: the Big5 Kai face of fonts-arphic-bkai00mp, then the Unicode
+// Kai face of fonts-arphic-ukai.
+const char* const kKaiFamilies[] = {"AR PL KaitiM Big5", "AR PL UKai TW"};
+
+// Names that mean the Kai face: the Windows face "標楷體" (DFKai-SB) in UTF-8 and its Latin names.
+const char* const kKaiAliases[] = {"", "\xE6\xA8\x99\xE6\xA5\xB7\xE9\xAB\x94", "dfkai-sb", "kai", "biaukai"};
+
+struct FontConfigState
+{
+    bool used = false;
+    bool shutDown = false;
+    std::map<std::string, FaceFile> resolved;
+};
+
+FontConfigState& FcState()
+{
+    static FontConfigState* state = new FontConfigState();
+    return *state;
+}
+
+std::string Lower(std::string text)
+{
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    return text;
+}
+
+// The best match for a pattern: its file, face index and whether one of its family names equals family.
+bool Match(FcPattern* pattern, const std::string& family, FaceFile& file, bool& familyMatched)
+{
+    FcConfigSubstitute(nullptr, pattern, FcMatchPattern);
+    FcDefaultSubstitute(pattern);
+    FcResult result = FcResultNoMatch;
+    FcPattern* match = FcFontMatch(nullptr, pattern, &result);
+    if (!match)
+        return false;
+    bool found = false;
+    FcChar8* path = nullptr;
+    if (FcPatternGetString(match, FC_FILE, 0, &path) == FcResultMatch && path)
+    {
+        int index = 0;
+        FcPatternGetInteger(match, FC_INDEX, 0, &index);
+        file.path = reinterpret_cast<const char*>(path);
+        file.index = index;
+        found = true;
+    }
+    familyMatched = false;
+    FcChar8* name = nullptr;
+    const std::string wanted = Lower(family);
+    for (int i = 0; FcPatternGetString(match, FC_FAMILY, i, &name) == FcResultMatch; ++i)
+        if (name && Lower(reinterpret_cast<const char*>(name)) == wanted)
+            familyMatched = true;
+    FcPatternDestroy(match);
+    return found;
+}
+
+bool MatchFamily(const std::string& family, FaceFile& file, bool& familyMatched)
+{
+    FcPattern* pattern = FcPatternCreate();
+    if (!pattern)
+        return false;
+    if (!family.empty())
+        FcPatternAddString(pattern, FC_FAMILY, reinterpret_cast<const FcChar8*>(family.c_str()));
+    const bool found = Match(pattern, family, file, familyMatched);
+    FcPatternDestroy(pattern);
+    return found;
+}
+
+bool MatchLanguage(const char* language, FaceFile& file)
+{
+    FcPattern* pattern = FcPatternCreate();
+    if (!pattern)
+        return false;
+    FcPatternAddString(pattern, FC_LANG, reinterpret_cast<const FcChar8*>(language));
+    bool familyMatched = false;
+    const bool found = Match(pattern, "", file, familyMatched);
+    FcPatternDestroy(pattern);
+    return found;
+}
+
+bool FindKai(FaceFile& file)
+{
+    for (const char* family : kKaiFamilies)
+    {
+        bool familyMatched = false;
+        if (MatchFamily(family, file, familyMatched) && familyMatched)
+            return true;
+    }
+    // No Kai face installed: any face that covers Traditional Chinese, else fontconfig's default.
+    if (MatchLanguage("zh-tw", file))
+        return true;
+    bool familyMatched = false;
+    return MatchFamily("", file, familyMatched);
+}
+
+bool Resolve(const std::string& face, FaceFile& file)
+{
+    const std::string lower = Lower(face);
+    for (const char* alias : kKaiAliases)
+        if (lower == alias)
+            return FindKai(file);
+    bool familyMatched = false;
+    if (!MatchFamily(face, file, familyMatched))
+        return FindKai(file);
+    if (familyMatched)
+        return true;
+    // fontconfig substitutes a known alias (Arial gives a metric-compatible face) but gives its
+    // default face for a name it does not know: that case takes the Kai face.
+    FaceFile fallback;
+    bool unused = false;
+    if (MatchFamily("", fallback, unused) && fallback.path == file.path && fallback.index == file.index)
+        return FindKai(file);
+    return true;
+}
+
+// Converts with iconv; a sequence that does not convert becomes "?" and conversion goes on after it.
+// skip tells how many input bytes such a sequence takes.
+template <class Skip>
+std::string Convert(const char* to, const char* from, const char* text, std::size_t length, Skip skip)
+{
+    std::string out;
+    if (!text || length == 0)
+        return out;
+    iconv_t cd = iconv_open(to, from);
+    if (cd == reinterpret_cast<iconv_t>(-1))
+        return out;
+    char* in = const_cast<char*>(text);
+    std::size_t left = length;
+    char buffer[256];
+    while (left > 0)
+    {
+        char* outPtr = buffer;
+        std::size_t outLeft = sizeof(buffer);
+        const std::size_t done = iconv(cd, &in, &left, &outPtr, &outLeft);
+        out.append(buffer, static_cast<std::size_t>(outPtr - buffer));
+        if (done != static_cast<std::size_t>(-1))
+            break;
+        if (errno == E2BIG)
+            continue;
+        // EILSEQ or EINVAL (cut off by the end): replace and step over the sequence.
+        out.push_back('?');
+        const std::size_t step = std::min(left, skip(reinterpret_cast<const unsigned char*>(in), left));
+        in += step;
+        left -= step;
+        iconv(cd, nullptr, nullptr, nullptr, nullptr);
+    }
+    iconv_close(cd);
+    return out;
+}
+} // namespace
+
+bool FindFaceFile(const char* big5Face, FaceFile& file)
+{
+    FontConfigState& state = FcState();
+    if (state.shutDown)
+        return false;
+    std::string face = big5Face ? Big5ToUtf8(big5Face, std::strlen(big5Face)) : std::string();
+    const auto it = state.resolved.find(face);
+    if (it != state.resolved.end())
+    {
+        file = it->second;
+        return true;
+    }
+    if (!state.used)
+    {
+        state.used = true;
+        RegisterPlatformShutdown();
+    }
+    if (!Resolve(face, file))
+        return false;
+    state.resolved[face] = file;
+    return true;
+}
+
+void ShutDownFontConfig()
+{
+    FontConfigState& state = FcState();
+    if (state.used && !state.shutDown)
+        FcFini();
+    state.shutDown = true;
+    state.resolved.clear();
+}
+
+std::string Big5ToUtf8(const char* text, std::size_t length)
+{
+    // A lead byte followed by a byte that does not complete a character: both go.
+    return Convert("UTF-8", "CP950", text, length,
+                   [](const unsigned char* p, std::size_t left) -> std::size_t
+                   { return (p[0] >= 0x81 && left >= 2) ? 2 : 1; });
+}
+
+std::string Utf8ToBig5(const char* text, std::size_t length)
+{
+    return Convert("CP950", "UTF-8", text, length,
+                   [](const unsigned char* p, std::size_t left) -> std::size_t
+                   {
+                       // The lead byte and the continuation bytes that follow it, up to its length.
+                       const std::size_t wanted = p[0] >= 0xF0 ? 4 : p[0] >= 0xE0 ? 3 : p[0] >= 0xC0 ? 2 : 1;
+                       std::size_t count = 1;
+                       while (count < wanted && count < left && (p[count] & 0xC0) == 0x80)
+                           ++count;
+                       return count;
+                   });
+}
+} // namespace qor::detail

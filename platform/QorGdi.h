@@ -1,0 +1,307 @@
+#pragma once
+
+// The drawing layer in the roles of the Windows GDI and its class wrappers: device contexts (memory
+// contexts and the contexts of a window's client area), bitmaps and device-independent sections,
+// logical palettes on an emulated 8-bit display, fonts, brushes and pens, text, block and stretched
+// transfers. It is plain software over memory images, the same on every port.
+//
+// Coordinates are device units with y downward whatever the mapping mode (the mode is only recorded).
+// A window is true colour (32 bits: blue, green, red, unused); 8-bit device-dependent bitmaps hold
+// indices of the emulated system palette, whose entries 0-9 and 246-255 are the 20 static colours and
+// whose entries 10-245 (black at first) receive, in order, the reserved entries (PC_RESERVED, and
+// PC_NOCOLLAPSE as on Windows) of the logical palette last realised in the foreground on a window context.
+#include "core/QorString.h"
+#include "platform/QorWinTypes.h"
+
+class CWnd;
+
+/// The text type of the drawing signatures: the library's own byte string, so Big5 passes unchanged.
+typedef QorString CString;
+
+enum : COLORREF
+{
+    CLR_INVALID = 0xFFFFFFFF,
+};
+
+// Contexts.
+
+/// A memory context holding a 1 x 1 monochrome bitmap, compatible with dc (null: the display).
+HDC CreateCompatibleDC(HDC dc);
+/// Deletes a context made by CreateCompatibleDC or GetDC; what was selected into it stays alive.
+BOOL DeleteDC(HDC dc);
+/// A context for the client area of a window; null for a window that does not exist.
+HDC GetDC(HWND window);
+int ReleaseDC(HWND window, HDC dc);
+/// Selects a bitmap (memory contexts only), font, brush or pen; returns the previous one, null on failure.
+HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
+/// Deletes a bitmap, palette, font, brush or pen. Stock objects are kept (TRUE); an object selected into
+/// a context is refused (FALSE).
+BOOL DeleteObject(HGDIOBJ object);
+HGDIOBJ GetStockObject(int index);
+/// Copies a BITMAP (bitmaps), a WORD entry count (palettes) or a LOGFONTA (fonts) into buffer; returns the
+/// bytes written, or the bytes needed when buffer is null; 0 on failure.
+int GetObjectA(HGDIOBJ object, int size, void* buffer);
+/// HORZRES, VERTRES (the bitmap or window size), BITSPIXEL, PLANES, SIZEPALETTE, NUMRESERVED, RASTERCAPS.
+int GetDeviceCaps(HDC dc, int index);
+
+// Bitmaps.
+
+/// A device-dependent bitmap of 1, 8, 16, 24 or 32 bits per pixel; bits (rows padded to 2 bytes, top row
+/// first) may be null for zeroed pixels. A width or height of 0 gives a 1 x 1 monochrome bitmap.
+/// \note 8-bit pixels are indices of the system palette; 16-bit pixels are X1R5G5B5.
+HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, const void* bits);
+/// The same from a description; bmBits rows are bmWidthBytes apart.
+HBITMAP CreateBitmapIndirect(const BITMAP* description);
+/// A bitmap in the format of dc's surface: 32 bits for a window, the selected bitmap's format otherwise.
+HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height);
+/// A device-independent section of 1, 8, 16, 24 or 32 bits (BI_RGB) whose pixels the caller reaches through
+/// *bits: rows padded to 4 bytes, top row first when biHeight is negative. usage DIB_RGB_COLORS reads the
+/// colour table from info, DIB_PAL_COLORS reads WORD indices of dc's selected palette, DIB_PAL_INDICES
+/// takes 8-bit pixels as system palette indices. section must be null. Null on failure.
+HBITMAP CreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset);
+
+// Palettes.
+
+/// A logical palette of 1 to 256 entries.
+HPALETTE CreatePalette(const LOGPALETTE* description);
+UINT GetPaletteEntries(HPALETTE palette, UINT start, UINT count, PALETTEENTRY* entries);
+UINT SetPaletteEntries(HPALETTE palette, UINT start, UINT count, const PALETTEENTRY* entries);
+/// Changes entries; reserved entries that hold a system palette slot change the system palette at once.
+BOOL AnimatePalette(HPALETTE palette, UINT start, UINT count, const PALETTEENTRY* entries);
+UINT GetNearestPaletteIndex(HPALETTE palette, COLORREF colour);
+/// Selects palette into dc; returns the previous palette. Background selection never changes the
+/// system palette.
+HPALETTE SelectPalette(HDC dc, HPALETTE palette, BOOL forceBackground);
+/// On a window context with a palette selected in the foreground: system entries 10-245 receive the
+/// palette's reserved entries in order. Returns the number of entries placed; GDI_ERROR on failure.
+UINT RealizePalette(HDC dc);
+/// Reads the emulated system palette.
+UINT GetSystemPaletteEntries(HDC dc, UINT start, UINT count, PALETTEENTRY* entries);
+
+enum : UINT
+{
+    GDI_ERROR = 0xFFFFFFFF,
+};
+
+// Fonts, brushes, pens.
+
+/// A font by face name (Big5 bytes; "" for the Kai face), height (below 0 the character height, above 0
+/// the cell height, 0 the default 16), width (0 keeps the proportions), weight (600 and above is bold),
+/// italic, underline and strike-out. Quality ANTIALIASED_QUALITY or CLEARTYPE_QUALITY smooths the glyphs;
+/// the others draw them flat. The other fields are recorded.
+HFONT CreateFontA(int height, int width, int escapement, int orientation, int weight, DWORD italic, DWORD underline,
+                  DWORD strikeOut, DWORD charSet, DWORD outPrecision, DWORD clipPrecision, DWORD quality,
+                  DWORD pitchAndFamily, const char* face);
+HFONT CreateFontIndirectA(const LOGFONTA* description);
+HBRUSH CreateSolidBrush(COLORREF colour);
+/// PS_NULL draws nothing; any other style draws a solid one-pixel line.
+HPEN CreatePen(int style, int width, COLORREF colour);
+
+// Context state.
+
+COLORREF SetTextColor(HDC dc, COLORREF colour);
+COLORREF GetTextColor(HDC dc);
+COLORREF SetBkColor(HDC dc, COLORREF colour);
+COLORREF GetBkColor(HDC dc);
+/// OPAQUE (text cells filled with the background colour) or TRANSPARENT; returns the previous mode, 0 on failure.
+int SetBkMode(HDC dc, int mode);
+int GetBkMode(HDC dc);
+/// Records the mapping mode (MM_TEXT on a new context); drawing stays in device units.
+int SetMapMode(HDC dc, int mode);
+int GetMapMode(HDC dc);
+
+// Drawing.
+
+/// Draws count bytes of Big5 text with the cell's top-left corner at (x, y).
+BOOL TextOutA(HDC dc, int x, int y, const char* text, int count);
+/// The metrics of dc's current font; FALSE when the font cannot be loaded.
+BOOL GetTextMetricsA(HDC dc, TEXTMETRICA* metrics);
+BOOL GetTextExtentPoint32A(HDC dc, const char* text, int count, SIZE* size);
+/// Outlines [left, right) x [top, bottom) with the pen and fills the inside with the brush (with the null
+/// pen the filled area is one pixel smaller on the right and bottom).
+BOOL Rectangle(HDC dc, int left, int top, int right, int bottom);
+int FillRect(HDC dc, const RECT* rect, HBRUSH brush);
+/// The colour of a pixel, CLR_INVALID outside the surface.
+COLORREF GetPixel(HDC dc, int x, int y);
+/// Sets a pixel to the nearest colour the surface holds; returns that colour, CLR_INVALID outside.
+COLORREF SetPixel(HDC dc, int x, int y, COLORREF colour);
+/// Copies width x height pixels from (sx, sy) of source to (x, y) of dc, clipped to both surfaces. rop is
+/// SRCCOPY, SRCAND, SRCPAINT, SRCINVERT, NOTSRCCOPY, BLACKNESS or WHITENESS (source null for the last two).
+/// Pixel bytes of equal formats are copied unchanged; others go through their colours.
+BOOL BitBlt(HDC dc, int x, int y, int width, int height, HDC source, int sx, int sy, DWORD rop);
+/// As BitBlt, stretched by nearest neighbour: destination pixel i takes source pixel i * sw / dw.
+/// Negative extents mirror.
+BOOL StretchBlt(HDC dc, int x, int y, int width, int height, HDC source, int sx, int sy, int sw, int sh, DWORD rop);
+/// Stretched transfer from a device-independent image (bits described by info, colour table by usage).
+/// For a bottom-up image ys counts from the bottom row. Returns the number of rows copied, 0 on failure.
+int StretchDIBits(HDC dc, int xd, int yd, int wd, int hd, int xs, int ys, int ws, int hs, const void* bits,
+                  const BITMAPINFO* info, UINT usage, DWORD rop);
+/// 1:1 transfer from a device-independent image; only the whole image as one band (startScan 0, lines at
+/// least the height) is taken. For a bottom-up image ys counts from the bottom row. Returns the rows copied.
+int SetDIBitsToDevice(HDC dc, int xd, int yd, DWORD width, DWORD height, int xs, int ys, UINT startScan, UINT lines,
+                      const void* bits, const BITMAPINFO* info, UINT usage);
+
+inline BOOL TextOut(HDC dc, int x, int y, const char* text, int count)
+{
+    return TextOutA(dc, x, y, text, count);
+}
+inline BOOL GetTextMetrics(HDC dc, TEXTMETRICA* metrics)
+{
+    return GetTextMetricsA(dc, metrics);
+}
+inline int GetObject(HGDIOBJ object, int size, void* buffer)
+{
+    return GetObjectA(object, size, buffer);
+}
+
+class CDC;
+
+/// A drawing object owned through its handle: destroying the wrapper deletes the attached object.
+class CGdiObject
+{
+public:
+    CGdiObject() = default;
+    virtual ~CGdiObject();
+    CGdiObject(const CGdiObject&) = delete;
+    CGdiObject& operator=(const CGdiObject&) = delete;
+
+    HGDIOBJ GetSafeHandle() const { return m_hObject; }
+    operator HGDIOBJ() const { return m_hObject; }
+    /// Takes charge of a handle; FALSE when the wrapper already holds one or the handle is not live.
+    BOOL Attach(HGDIOBJ object);
+    HGDIOBJ Detach();
+    BOOL DeleteObject();
+    BOOL CreateStockObject(int index);
+    int GetObject(int size, void* buffer) const;
+    /// The wrapper of a live handle: the one attached to it, or one the layer keeps until the object is
+    /// deleted. Null for a handle that is not live.
+    static CGdiObject* FromHandle(HGDIOBJ object);
+
+    HGDIOBJ m_hObject = nullptr;
+};
+
+class CBitmap : public CGdiObject
+{
+public:
+    operator HBITMAP() const { return static_cast<HBITMAP>(m_hObject); }
+    BOOL CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, const void* bits);
+    BOOL CreateBitmapIndirect(const BITMAP* description);
+    BOOL CreateCompatibleBitmap(CDC* dc, int width, int height);
+    int GetBitmap(BITMAP* description) const;
+    static CBitmap* FromHandle(HBITMAP bitmap);
+};
+
+class CPalette : public CGdiObject
+{
+public:
+    operator HPALETTE() const { return static_cast<HPALETTE>(m_hObject); }
+    BOOL CreatePalette(const LOGPALETTE* description);
+    int GetEntryCount() const;
+    UINT GetPaletteEntries(UINT start, UINT count, PALETTEENTRY* entries) const;
+    UINT SetPaletteEntries(UINT start, UINT count, const PALETTEENTRY* entries);
+    void AnimatePalette(UINT start, UINT count, const PALETTEENTRY* entries);
+    UINT GetNearestPaletteIndex(COLORREF colour) const;
+    static CPalette* FromHandle(HPALETTE palette);
+};
+
+class CFont : public CGdiObject
+{
+public:
+    operator HFONT() const { return static_cast<HFONT>(m_hObject); }
+    BOOL CreateFont(int height, int width, int escapement, int orientation, int weight, BYTE italic, BYTE underline,
+                    BYTE strikeOut, BYTE charSet, BYTE outPrecision, BYTE clipPrecision, BYTE quality,
+                    BYTE pitchAndFamily, const char* face);
+    BOOL CreateFontIndirect(const LOGFONTA* description);
+    int GetLogFont(LOGFONTA* description) const;
+};
+
+class CBrush : public CGdiObject
+{
+public:
+    CBrush() = default;
+    explicit CBrush(COLORREF colour) { CreateSolidBrush(colour); }
+    operator HBRUSH() const { return static_cast<HBRUSH>(m_hObject); }
+    BOOL CreateSolidBrush(COLORREF colour);
+};
+
+class CPen : public CGdiObject
+{
+public:
+    CPen() = default;
+    CPen(int style, int width, COLORREF colour) { CreatePen(style, width, colour); }
+    operator HPEN() const { return static_cast<HPEN>(m_hObject); }
+    BOOL CreatePen(int style, int width, COLORREF colour);
+};
+
+/// A device context: destroying the wrapper deletes the attached context.
+class CDC
+{
+public:
+    CDC() = default;
+    virtual ~CDC();
+    CDC(const CDC&) = delete;
+    CDC& operator=(const CDC&) = delete;
+
+    HDC GetSafeHdc() const { return m_hDC; }
+    operator HDC() const { return m_hDC; }
+    BOOL Attach(HDC dc);
+    HDC Detach();
+    /// A memory context compatible with dc (null: the display).
+    BOOL CreateCompatibleDC(CDC* dc);
+    BOOL DeleteDC();
+
+    CGdiObject* SelectStockObject(int index);
+    CBitmap* SelectObject(CBitmap* bitmap);
+    CFont* SelectObject(CFont* font);
+    CBrush* SelectObject(CBrush* brush);
+    CPen* SelectObject(CPen* pen);
+    CGdiObject* SelectObject(CGdiObject* object);
+    /// Selects a handle into a context and returns the previous object's wrapper.
+    static CGdiObject* SelectGdiObject(HDC dc, HGDIOBJ object);
+    CPalette* SelectPalette(CPalette* palette, BOOL forceBackground);
+    UINT RealizePalette();
+
+    COLORREF SetTextColor(COLORREF colour);
+    COLORREF GetTextColor() const;
+    COLORREF SetBkColor(COLORREF colour);
+    COLORREF GetBkColor() const;
+    int SetBkMode(int mode);
+    int GetBkMode() const;
+    int SetMapMode(int mode);
+    int GetMapMode() const;
+
+    /// Draws count bytes of Big5 text at (x, y).
+    virtual BOOL TextOut(int x, int y, const char* text, int count);
+    BOOL TextOut(int x, int y, const CString& text);
+    BOOL GetTextMetrics(TEXTMETRICA* metrics) const;
+    SIZE GetTextExtent(const char* text, int count) const;
+    BOOL Rectangle(int left, int top, int right, int bottom);
+    BOOL Rectangle(const RECT* rect);
+    void FillRect(const RECT* rect, CBrush* brush);
+    void FillSolidRect(int x, int y, int width, int height, COLORREF colour);
+    COLORREF GetPixel(int x, int y) const;
+    COLORREF SetPixel(int x, int y, COLORREF colour);
+    BOOL BitBlt(int x, int y, int width, int height, CDC* source, int sx, int sy, DWORD rop);
+    BOOL StretchBlt(int x, int y, int width, int height, CDC* source, int sx, int sy, int sw, int sh, DWORD rop);
+    int GetDeviceCaps(int index) const;
+
+    HDC m_hDC = nullptr;
+};
+
+/// The context of a window's client area, for as long as the object lives.
+class CClientDC : public CDC
+{
+public:
+    explicit CClientDC(CWnd* window);
+    ~CClientDC() override;
+
+protected:
+    HWND m_hWnd = nullptr;
+};
+
+/// The context of a whole window; windows have no frame of their own here, so it is the client area.
+class CWindowDC : public CClientDC
+{
+public:
+    explicit CWindowDC(CWnd* window) : CClientDC(window) {}
+};

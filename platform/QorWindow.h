@@ -1,0 +1,123 @@
+#pragma once
+
+// The windowing layer in the roles of Windows USER and IMM32: the application window, its message queue
+// and window procedure, timers, the message box, the screen size and the input method switch. The port
+// chosen with QorSelectPort provides the real window, the input events and the clock.
+//
+// Messages. Input arrives as key down (0x100) and up (0x101) with Windows virtual-key codes, characters
+// (0x102) and mouse messages (0x200-0x209, x and y packed in lParam, MK_ flags in wParam). Characters are
+// Big5 bytes: a double-byte character comes as two 0x102 messages, lead byte first, as an ANSI window
+// receives it. With the input method on (QorStartTextInput), characters come from the port's text
+// input; with it off, TranslateMessage makes them from key-down messages (US layout). Enter, Backspace,
+// Tab and Escape always become characters through TranslateMessage.
+//
+// Timers are kept against QorGetClock(): a due timer yields one 0x113 message when no other message
+// waits, and a late timer yields one message, not a burst, keeping its cadence (its next time stays a
+// whole number of intervals from when it was set). On the headless port a blocking GetMessageA lets the
+// manual clock run to the next timer or scripted event, so waits run deterministically.
+#include "platform/QorGdi.h"
+#include "platform/QorWinTypes.h"
+
+/// A timer callback: called by DispatchMessageA instead of the window procedure.
+typedef void (*TIMERPROC)(HWND, UINT, UINT_PTR, DWORD);
+
+/// A top-level window of the port in use: its client area shows a 32-bit frame that window contexts
+/// draw into. Messages dispatched or sent to it reach WindowProc.
+class CWnd
+{
+public:
+    CWnd() = default;
+    virtual ~CWnd();
+    CWnd(const CWnd&) = delete;
+    CWnd& operator=(const CWnd&) = delete;
+
+    /// Opens the window with a client area of width x height and a title (Big5). FALSE when the wrapper
+    /// already has a window or the port cannot open one.
+    BOOL Create(const char* title, int width, int height);
+    /// Closes the window: its timers stop and its queued messages are dropped.
+    BOOL DestroyWindow();
+    HWND GetSafeHwnd() const { return m_hWnd; }
+    operator HWND() const { return m_hWnd; }
+    static CWnd* FromHandle(HWND window);
+
+    void GetClientRect(RECT* rect) const;
+    void SetWindowText(const char* title);
+    CDC* GetDC();
+    int ReleaseDC(CDC* dc);
+    UINT_PTR SetTimer(UINT_PTR id, UINT elapse, TIMERPROC callback = nullptr);
+    BOOL KillTimer(UINT_PTR id);
+    int MessageBox(const char* text, const char* caption = nullptr, UINT type = MB_OK);
+    LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+    BOOL PostMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+
+    /// Routes a message to the registered procedure, or to DefWindowProcA without one.
+    virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
+    /// Registers the window procedure; returns the previous one.
+    WNDPROC SetWindowProc(WNDPROC procedure);
+
+    HWND m_hWnd = nullptr;
+
+private:
+    WNDPROC m_procedure = nullptr;
+};
+
+/// The default handling: WM_CLOSE destroys the window; everything else returns 0.
+LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+BOOL DestroyWindow(HWND window);
+BOOL IsWindow(HWND window);
+BOOL GetClientRect(HWND window, RECT* rect);
+
+/// Waits for a message of window (null: any) within [first, last] (both 0: any). Returns 0 for WM_QUIT,
+/// -1 when nothing can ever arrive (headless: no message, timer or scripted event left), else 1.
+BOOL GetMessageA(MSG* msg, HWND window, UINT first, UINT last);
+/// As GetMessageA without waiting: FALSE when no message is ready. PM_REMOVE takes it from the queue.
+BOOL PeekMessageA(MSG* msg, HWND window, UINT first, UINT last, UINT remove);
+/// Queues a character message for a key-down message that produces one; TRUE when it did.
+BOOL TranslateMessage(const MSG* msg);
+/// Calls the window's procedure (or a timer message's callback); returns its result.
+LRESULT DispatchMessageA(const MSG* msg);
+BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+/// Calls the window's procedure at once.
+LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+/// WM_QUIT with exitCode is delivered once the posted messages ahead of it are gone.
+void PostQuitMessage(int exitCode);
+
+/// A repeating timer of window (id replaces a timer with the same id) every elapse milliseconds (at
+/// least 10). A null window gets a fresh id. Returns the id, 0 on failure.
+UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT elapse, TIMERPROC callback);
+BOOL KillTimer(HWND window, UINT_PTR id);
+
+/// The state of a key as the retrieved messages left it: the high bit set while it is down.
+SHORT GetKeyState(int virtualKey);
+/// SM_CXSCREEN and SM_CYSCREEN: the display's size (headless: the size set on its video port).
+int GetSystemMetrics(int index);
+/// A message box with text and caption (Big5) over window. Headless: one line on stderr and the default
+/// button's result.
+int MessageBoxA(HWND window, const char* text, const char* caption, UINT type);
+/// Milliseconds of QorGetClock().
+DWORD GetTickCount();
+
+inline BOOL GetMessage(MSG* msg, HWND window, UINT first, UINT last)
+{
+    return GetMessageA(msg, window, first, last);
+}
+inline BOOL PeekMessage(MSG* msg, HWND window, UINT first, UINT last, UINT remove)
+{
+    return PeekMessageA(msg, window, first, last, remove);
+}
+inline LRESULT DispatchMessage(const MSG* msg)
+{
+    return DispatchMessageA(msg);
+}
+
+// Input method. The keyboard layout is the input method's while text input is on.
+
+void QorStartTextInput();
+void QorStopTextInput();
+char QorIsTextInputActive();
+/// The Traditional Chinese input method's layout while text input is on, else the US layout.
+HKL GetKeyboardLayout(DWORD thread);
+/// True for the input method's layout.
+BOOL ImmIsIME(HKL layout);
+/// IME_THOTKEY_IME_NONIME_TOGGLE switches text input on or off; other keys are refused.
+BOOL ImmSimulateHotKey(HWND window, DWORD hotKey);

@@ -1,0 +1,175 @@
+// Pictures to SDL surfaces and PNG files and back.
+#include "platform/sdl2/QorSdlPicture.h"
+
+#include "platform/PlatformInternal.h"
+#include "platform/sdl2/QorSdlPort.h"
+
+#include <SDL.h>
+#include <SDL_image.h>
+
+#include <cstring>
+
+namespace qor::detail
+{
+namespace
+{
+bool g_imageStarted = false;
+
+void StartImage()
+{
+    if (g_imageStarted)
+        return;
+    g_imageStarted = true;
+    IMG_Init(IMG_INIT_PNG);
+    RegisterPlatformShutdown();
+}
+
+void ColourOf(const QorPicBlock& picture, const unsigned char* p, Uint8& r, Uint8& g, Uint8& b)
+{
+    switch (picture.GetColorType())
+    {
+    case QorPicBlock::Bit8:
+        if (const stPaletteEntry* palette = picture.GetPaletteEntryPtr())
+        {
+            r = palette[*p].peRed;
+            g = palette[*p].peGreen;
+            b = palette[*p].peBlue;
+        }
+        else
+        {
+            r = g = b = *p;
+        }
+        break;
+    case QorPicBlock::Bit16:
+    {
+        const unsigned v = p[0] | (unsigned(p[1]) << 8);
+        auto expand = [](unsigned x) { return Uint8((x << 3) | (x >> 2)); };
+        r = expand((v >> 10) & 31);
+        g = expand((v >> 5) & 31);
+        b = expand(v & 31);
+        break;
+    }
+    default:
+        b = p[0];
+        g = p[1];
+        r = p[2];
+        break;
+    }
+}
+} // namespace
+
+void ShutDownSdlImage()
+{
+    if (g_imageStarted)
+        IMG_Quit();
+    g_imageStarted = false;
+}
+} // namespace qor::detail
+
+SDL_Surface* QorPictureToSurface(const QorPicBlock& picture)
+{
+    const long w = picture.GetWidth();
+    const long h = picture.GetHeight();
+    if (w < 1 || h < 1 || !picture.GetDataPtr() || picture.GetBytesPerPixel() < 1)
+        return nullptr;
+    SDL_Surface* surface = SDL_CreateRGBSurfaceWithFormat(0, int(w), int(h), 32, SDL_PIXELFORMAT_ARGB8888);
+    if (!surface)
+        return nullptr;
+    for (long y = 0; y < h; ++y)
+    {
+        auto* row = reinterpret_cast<Uint32*>(static_cast<Uint8*>(surface->pixels) + surface->pitch * y);
+        for (long x = 0; x < w; ++x)
+        {
+            Uint8 r = 0, g = 0, b = 0;
+            qor::detail::ColourOf(picture, picture.GetPixel(x, y), r, g, b);
+            row[x] = 0xFF000000u | (Uint32(r) << 16) | (Uint32(g) << 8) | b;
+        }
+    }
+    return surface;
+}
+
+char QorSavePicturePng(const QorPicBlock& picture, const char* path)
+{
+    if (!path)
+        return 0;
+    qor::detail::StartImage();
+    SDL_Surface* surface = QorPictureToSurface(picture);
+    if (!surface)
+        return 0;
+    // Saved without alpha: the pictures are opaque.
+    SDL_Surface* rgb = SDL_ConvertSurfaceFormat(surface, SDL_PIXELFORMAT_RGB24, 0);
+    SDL_FreeSurface(surface);
+    if (!rgb)
+        return 0;
+    const bool saved = IMG_SavePNG(rgb, path) == 0;
+    SDL_FreeSurface(rgb);
+    return saved ? 1 : 0;
+}
+
+char QorLoadPicturePng(QorPicBlock& picture, const char* path, QorPicBlock::ColorType type)
+{
+    if (!path || (type != QorPicBlock::Bit8 && type != QorPicBlock::Bit16 && type != QorPicBlock::Bit24 &&
+                  type != QorPicBlock::Bit32))
+        return 0;
+    qor::detail::StartImage();
+    SDL_Surface* loaded = IMG_Load(path);
+    if (!loaded)
+        return 0;
+    if (type == QorPicBlock::Bit8)
+    {
+        // Palette images only: their indices are the picture's pixels.
+        const bool indexed = loaded->format->BitsPerPixel == 8 && loaded->format->palette;
+        if (indexed)
+        {
+            QorPicBlock result(QorPicBlock::Bit8, loaded->w, loaded->h);
+            if (SDL_MUSTLOCK(loaded))
+                SDL_LockSurface(loaded);
+            for (int y = 0; y < loaded->h; ++y)
+                std::memcpy(result.GetPixel(0, y), static_cast<Uint8*>(loaded->pixels) + loaded->pitch * y,
+                            std::size_t(loaded->w));
+            if (SDL_MUSTLOCK(loaded))
+                SDL_UnlockSurface(loaded);
+            result.SetPaletteEntryPtr(picture.GetPaletteEntryPtr());
+            picture = result;
+        }
+        SDL_FreeSurface(loaded);
+        return indexed ? 1 : 0;
+    }
+    SDL_Surface* argb = SDL_ConvertSurfaceFormat(loaded, SDL_PIXELFORMAT_ARGB8888, 0);
+    SDL_FreeSurface(loaded);
+    if (!argb)
+        return 0;
+    QorPicBlock result(type, argb->w, argb->h);
+    if (SDL_MUSTLOCK(argb))
+        SDL_LockSurface(argb);
+    for (int y = 0; y < argb->h; ++y)
+    {
+        const auto* row = reinterpret_cast<const Uint32*>(static_cast<const Uint8*>(argb->pixels) + argb->pitch * y);
+        for (int x = 0; x < argb->w; ++x)
+        {
+            const Uint8 r = Uint8(row[x] >> 16);
+            const Uint8 g = Uint8(row[x] >> 8);
+            const Uint8 b = Uint8(row[x]);
+            unsigned char* p = result.GetPixel(x, y);
+            if (type == QorPicBlock::Bit16)
+            {
+                const unsigned v = (unsigned(r >> 3) << 10) | (unsigned(g >> 3) << 5) | unsigned(b >> 3);
+                p[0] = static_cast<unsigned char>(v);
+                p[1] = static_cast<unsigned char>(v >> 8);
+            }
+            else
+            {
+                p[0] = b;
+                p[1] = g;
+                p[2] = r;
+                if (type == QorPicBlock::Bit32)
+                    p[3] = 0;
+            }
+        }
+    }
+    if (SDL_MUSTLOCK(argb))
+        SDL_UnlockSurface(argb);
+    SDL_FreeSurface(argb);
+    picture = result;
+    return 1;
+}

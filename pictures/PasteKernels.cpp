@@ -166,51 +166,107 @@ QOR_AVX2 void Keyed32Avx2(unsigned char* dst, const unsigned char* src, long n, 
     Keyed32Sse2(dst + 4 * i, src + 4 * i, n - i, key);
 }
 
-// Eight 3-byte pixels per step: each 128-bit lane widens four pixels to 32-bit words (fourth byte 0),
-// compares them with the key and narrows the result back to a byte mask. The lanes are then packed into
-// 24 contiguous bytes and stored without overlap, so the next step's loads never wait on a store.
-// Shift is where the pixels start in each 16-byte lane load: 0 reads 4 bytes past the eight pixels,
-// 4 reads 4 bytes before them (used for the last step of a row, which must not read past its end).
-template <int Shift>
+// Shuffle masks of the 3-byte kernels, for one 128-bit lane (both lanes use the same one). A lane holds
+// four pixels from byte Shift on (Shift 0: 4 spare bytes after them, Shift 4: 4 spare bytes before).
+struct Masks24
+{
+    alignas(32) char bytes[32];
+};
+
+// Widens the four pixels to 32-bit words, fourth byte 0.
+constexpr Masks24 Widen24(int shift)
+{
+    Masks24 m{};
+    for (int lane = 0; lane < 2; ++lane)
+        for (int j = 0; j < 4; ++j)
+            for (int c = 0; c < 4; ++c)
+                m.bytes[16 * lane + 4 * j + c] = static_cast<char>(c < 3 ? shift + 3 * j + c : -1);
+    return m;
+}
+
+// Spreads the four word results back over the pixels' bytes; spare bytes get 0.
+constexpr Masks24 Narrow24(int shift)
+{
+    Masks24 m{};
+    for (int lane = 0; lane < 2; ++lane)
+        for (int b = 0; b < 16; ++b)
+            m.bytes[16 * lane + b] = static_cast<char>(b >= shift && b < shift + 12 ? 4 * ((b - shift) / 3) : -1);
+    return m;
+}
+
+// Reverses the pixel order of a lane read with srcShift into the layout of dstShift.
+constexpr Masks24 Reverse24(int srcShift, int dstShift)
+{
+    Masks24 m{};
+    for (int lane = 0; lane < 2; ++lane)
+        for (int b = 0; b < 16; ++b)
+            m.bytes[16 * lane + b] =
+                static_cast<char>(b >= dstShift && b < dstShift + 12
+                                      ? srcShift + 3 * (3 - (b - dstShift) / 3) + (b - dstShift) % 3
+                                      : -1);
+    return m;
+}
+
+QOR_AVX2 inline __m256i LoadMask(const Masks24& m)
+{
+    return _mm256_load_si256(reinterpret_cast<const __m256i*>(m.bytes));
+}
+
+// Eight 3-byte pixels per step: each lane widens four pixels to 32-bit words, compares them with the key
+// and narrows the result back to a byte mask; the lanes are then packed into 24 contiguous bytes and stored
+// without overlap, so the next step's loads never wait on a store. d0 is the first of the eight
+// destination pixels; s0 is the lowest address of the eight source pixels (for Mirror, the last of them).
+// The shifts choose on which side of the 24 bytes each load takes its 4 spare bytes, so that no step reads
+// past either end of a row.
+template <bool Mirror, int SrcShift, int DstShift>
 QOR_AVX2 inline void Keyed24Step(unsigned char* d0, const unsigned char* s0, __m256i k)
 {
-    const __m256i widen = _mm256_setr_epi8(Shift + 0, Shift + 1, Shift + 2, -1, Shift + 3, Shift + 4, Shift + 5, -1,
-                                           Shift + 6, Shift + 7, Shift + 8, -1, Shift + 9, Shift + 10, Shift + 11, -1,
-                                           Shift + 0, Shift + 1, Shift + 2, -1, Shift + 3, Shift + 4, Shift + 5, -1,
-                                           Shift + 6, Shift + 7, Shift + 8, -1, Shift + 9, Shift + 10, Shift + 11, -1);
-    // Byte j of the pixels takes word (j / 3) of the comparison; the bytes outside the pixels keep dst.
-    const __m256i narrow = Shift == 0 ? _mm256_setr_epi8(0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1, //
-                                                         0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, -1, -1, -1, -1)
-                                      : _mm256_setr_epi8(-1, -1, -1, -1, 0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12, //
-                                                         -1, -1, -1, -1, 0, 0, 0, 4, 4, 4, 8, 8, 8, 12, 12, 12);
-    const __m256i pack = Shift == 0 ? _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6) : _mm256_setr_epi32(1, 2, 3, 5, 6, 7, 7, 7);
-    const __m256i s = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(s0 + 12 - Shift),
-                                          reinterpret_cast<const __m128i*>(s0 - Shift));
-    const __m256i d = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(d0 + 12 - Shift),
-                                          reinterpret_cast<const __m128i*>(d0 - Shift));
-    const __m256i notKey =
-        _mm256_xor_si256(_mm256_cmpeq_epi32(_mm256_shuffle_epi8(s, widen), k), _mm256_set1_epi32(-1));
-    const __m256i take = _mm256_shuffle_epi8(notKey, narrow);
-    const __m256i r = _mm256_permutevar8x32_epi32(_mm256_blendv_epi8(d, s, take), pack);
+    static constexpr Masks24 kWiden = Widen24(DstShift);
+    static constexpr Masks24 kNarrow = Narrow24(DstShift);
+    static constexpr Masks24 kReverse = Reverse24(SrcShift, DstShift);
+    const __m256i pack =
+        DstShift == 0 ? _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6) : _mm256_setr_epi32(1, 2, 3, 5, 6, 7, 7, 7);
+    // Read backwards, the first four pixels written are the upper twelve source bytes.
+    const __m128i* low = reinterpret_cast<const __m128i*>(s0 + (Mirror ? 12 : 0) - SrcShift);
+    const __m128i* high = reinterpret_cast<const __m128i*>(s0 + (Mirror ? 0 : 12) - SrcShift);
+    __m256i s = _mm256_loadu2_m128i(high, low);
+    if constexpr (Mirror)
+        s = _mm256_shuffle_epi8(s, LoadMask(kReverse));
+    const __m256i d = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(d0 + 12 - DstShift),
+                                          reinterpret_cast<const __m128i*>(d0 - DstShift));
+    const __m256i isKey =
+        _mm256_shuffle_epi8(_mm256_cmpeq_epi32(_mm256_shuffle_epi8(s, LoadMask(kWiden)), k), LoadMask(kNarrow));
+    const __m256i r = _mm256_permutevar8x32_epi32(_mm256_blendv_epi8(s, d, isKey), pack);
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d0), _mm256_castsi256_si128(r));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(d0 + 16), _mm256_extracti128_si256(r, 1));
 }
 
+// Pixels done twice by the last step come out the same: a key pixel keeps dst, any other is src again.
+template <bool Mirror>
 QOR_AVX2 void Keyed24Avx2(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
 {
-    const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
     if (n < 10)
     {
-        RowScalar<3, true, false, false>(dst, src, n, key);
+        RowScalar<3, true, Mirror, false>(dst, src, n, key);
         return;
     }
+    const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
     long i = 0;
+    // Ten pixels must remain: a step reads 4 bytes beyond its eight pixels on one side.
     for (; i + 10 <= n; i += 8)
-        Keyed24Step<0>(dst + 3 * i, src + 3 * i, k);
-    // The last eight pixels once more, read without passing the row's end. Pixels done twice come out
-    // the same: a key pixel keeps dst, any other pixel is src again.
+    {
+        if constexpr (Mirror)
+            Keyed24Step<true, 4, 0>(dst + 3 * i, src - 3 * (i + 7), k);
+        else
+            Keyed24Step<false, 0, 0>(dst + 3 * i, src + 3 * i, k);
+    }
     if (i < n)
-        Keyed24Step<4>(dst + 3 * (n - 8), src + 3 * (n - 8), k);
+    {
+        if constexpr (Mirror)
+            Keyed24Step<true, 0, 4>(dst + 3 * (n - 8), src - 3 * (n - 1), k);
+        else
+            Keyed24Step<false, 4, 4>(dst + 3 * (n - 8), src + 3 * (n - 8), k);
+    }
 }
 
 template <bool Transparent>
@@ -322,7 +378,8 @@ struct Tables
         SetBoth(t[0][1][0], Keyed8Avx2);
         SetBoth(t[0][0][1], Mirror8Avx2<false>);
         SetBoth(t[0][1][1], Mirror8Avx2<true>);
-        SetBoth(t[2][1][0], Keyed24Avx2);
+        SetBoth(t[2][1][0], Keyed24Avx2<false>);
+        SetBoth(t[2][1][1], Keyed24Avx2<true>);
         SetBoth(t[3][1][0], Keyed32Avx2);
         SetBoth(t[3][0][1], Mirror32Avx2<false>);
         SetBoth(t[3][1][1], Mirror32Avx2<true>);

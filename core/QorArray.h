@@ -216,6 +216,12 @@ public:
             return 1;
         if (!src)
             return 0;
+        if (n > UINT32_MAX - m_size)
+        {
+            // The size would not fit its 32 bits: refused like an allocation.
+            SetException(1);
+            return 0;
+        }
         const std::uint64_t grow = m_grow ? m_grow : 1;
         const std::uint64_t step = (n + grow - 1) / grow * grow;
         std::unique_ptr<T[]> aliased;

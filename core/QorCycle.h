@@ -107,9 +107,11 @@ public:
     /// Makes position current. False for null and for a position that is not a node of this list.
     char GotoAddress(void* position)
     {
-        if (!position || !Contains(static_cast<Node*>(position)))
+        // Positions are compared as numbers: a position of a removed node is never followed.
+        Node* node = Find(reinterpret_cast<std::uintptr_t>(position));
+        if (!node)
             return 0;
-        m_current = static_cast<Node*>(position);
+        m_current = node;
         return 1;
     }
     /// Moves to remembered slot i (0-7), stays (8) or goes to the head (9); false for a null target or i > 9.
@@ -191,13 +193,13 @@ private:
         return ++m_size;
     }
 
-    bool Contains(const Node* position) const
+    Node* Find(std::uintptr_t position) const
     {
-        const Node* node = m_head;
-        for (std::uint32_t i = 0; i < m_size; ++i, node = node->next)
-            if (node == position)
-                return true;
-        return false;
+        Node* node = m_head;
+        for (std::uint32_t i = 0; position && i < m_size; ++i, node = node->next)
+            if (reinterpret_cast<std::uintptr_t>(node) == position)
+                return node;
+        return nullptr;
     }
 
     void CopyFrom(const Cycle& other)

@@ -107,7 +107,10 @@ std::size_t CopyPair(WorkBuffer& work, const unsigned char* src, std::size_t i, 
     return i + 1;
 }
 
-void HalfToFull(QorString& out, const char* src, const char* punctuation)
+// The frame of the byte-by-byte converters: a Big5 pair is copied whole, every other byte goes to map,
+// which writes its replacement; out is replaced by the result (an empty src makes it empty).
+template <typename Map>
+void ConvertSingleBytes(QorString& out, const char* src, Map map)
 {
     const std::size_t n = src ? std::strlen(src) : 0;
     if (n == 0)
@@ -121,58 +124,44 @@ void HalfToFull(QorString& out, const char* src, const char* punctuation)
     {
         for (std::size_t i = 0; i < n;)
         {
-            const unsigned char b = bytes[i];
-            if (IsLead(b))
+            if (IsLead(bytes[i]))
             {
                 i = CopyPair(work, bytes, i, n);
                 continue;
             }
-            if (IsDigit(b))
-                work.PutPair(kFullDigits, b - '0');
-            else if (b >= 'A' && b <= 'Z')
-                work.PutPair(kFullUpper, b - 'A');
-            else if (b >= 'a' && b <= 'z')
-                work.PutPair(kFullUpper, b - 'a');
-            else if (b == '.')
-                work.PutPair(punctuation, 0);
-            else if (b == '-')
-                work.PutPair(punctuation, 1);
-            else
-                work.Put(b);
+            map(work, bytes[i]);
             ++i;
         }
     }
     work.Store(out);
 }
 
+void HalfToFull(QorString& out, const char* src, const char* punctuation)
+{
+    ConvertSingleBytes(out, src, [punctuation](WorkBuffer& work, unsigned char b) {
+        if (IsDigit(b))
+            work.PutPair(kFullDigits, b - '0');
+        else if (b >= 'A' && b <= 'Z')
+            work.PutPair(kFullUpper, b - 'A');
+        else if (b >= 'a' && b <= 'z')
+            work.PutPair(kFullUpper, b - 'a');
+        else if (b == '.')
+            work.PutPair(punctuation, 0);
+        else if (b == '-')
+            work.PutPair(punctuation, 1);
+        else
+            work.Put(b);
+    });
+}
+
 void DigitsToNumerals(QorString& out, const char* src, const char* numerals)
 {
-    const std::size_t n = src ? std::strlen(src) : 0;
-    if (n == 0)
-    {
-        out.Empty();
-        return;
-    }
-    const auto* bytes = reinterpret_cast<const unsigned char*>(src);
-    WorkBuffer work(2 * n);
-    if (work.IsValid())
-    {
-        for (std::size_t i = 0; i < n;)
-        {
-            const unsigned char b = bytes[i];
-            if (IsLead(b))
-            {
-                i = CopyPair(work, bytes, i, n);
-                continue;
-            }
-            if (IsDigit(b))
-                work.PutPair(numerals, b - '0');
-            else
-                work.Put(b);
-            ++i;
-        }
-    }
-    work.Store(out);
+    ConvertSingleBytes(out, src, [numerals](WorkBuffer& work, unsigned char b) {
+        if (IsDigit(b))
+            work.PutPair(numerals, b - '0');
+        else
+            work.Put(b);
+    });
 }
 
 struct WordStyle

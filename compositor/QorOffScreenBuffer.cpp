@@ -73,10 +73,33 @@ QorOffScreenBuffer::QorOffScreenBuffer()
         aux->hitTestable = 0;
         aux->reserved = 0;
     }
+
+    // The logical palette and the header's colour table start as the stored palette, unshifted.
+    struct
+    {
+        LOGPALETTE head;
+        PALETTEENTRY more[255];
+    } description = {};
+    description.head.palVersion = 0x300;
+    description.head.palNumEntries = 256;
+    PALETTEENTRY* entries = description.head.palPalEntry;
+    for (int i = 0; i < 256; ++i)
+    {
+        entries[i] = PALETTEENTRY{m_palette[i].peRed, m_palette[i].peGreen, m_palette[i].peBlue, m_palette[i].peFlags};
+        m_bitmapHeader.bmiColors[i] =
+            RGBQUAD{m_palette[i].peBlue, m_palette[i].peGreen, m_palette[i].peRed, m_palette[i].peFlags};
+    }
+    m_logicalPalette.CreatePalette(&description.head);
+    m_bitmapHeader.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
+    m_bitmapHeader.bmiHeader.biPlanes = 1;
+    m_bitmapHeader.bmiHeader.biCompression = BI_RGB;
+    UpdateBitmapHeader(640, 480);
 }
 
 QorOffScreenBuffer::~QorOffScreenBuffer()
 {
+    // The section holds the main picture's pixels: release it first, the picture never touches them again.
+    DestroyOSDependent();
     ForEach(m_children, [](OffScrBuf*& buffer) { delete buffer; });
     m_children.Empty();
     ForEach(m_pictures, [](PicRecord*& record) { delete record; });
@@ -93,22 +116,12 @@ char QorOffScreenBuffer::Initialize(QorPicBlock::ColorType type, ShowingMode mod
     {
         main->surface.picture.Reset(type, width, height);
         RefreshBitmapInfo(*main);
+        if (main->surface.picture.GetBytesPerPixel() == 1)
+            SetStdColorPalette();
     }
     m_wnd = wnd;
     m_showingMode = mode;
     return AutoUpdateBitmap(width, height);
-}
-
-char QorOffScreenBuffer::AutoUpdateBitmap(long width, long height)
-{
-    OffScrBuf* main = GetMainBuffer();
-    if (!main)
-        return 0;
-    if (m_showingMode < kDeviceBitmap || m_showingMode > kSectionStretchScreen)
-        return 1;
-    main->surface.picture.Reset(main->surface.picture.GetColorType(), width, height);
-    RefreshBitmapInfo(*main);
-    return 1;
 }
 
 void QorOffScreenBuffer::RefreshBitmapInfo(OffScrBuf& buffer)

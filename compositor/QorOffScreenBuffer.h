@@ -6,6 +6,7 @@
 #include "qor/pictures.h"
 
 #include <cstdint>
+#include <memory>
 
 class CWnd;
 class QorIntegration;
@@ -24,7 +25,8 @@ struct stBitmapDesc
 };
 
 /// The compositor: owns a registry of pictures, the child buffers (the main buffer first) and their sprites,
-/// and hands out QorGuider handles to them.
+/// and hands out QorGuider handles to them; recomposes dirty rectangles from them, presents the main
+/// buffer to the window in one of nine showing modes, keeps the 8-bit palette and runs timed effects.
 /// \note Every guider is checked against the registry before use: a null, removed or foreign guider is
 ///       refused (0, 255 or a null guider), never followed. Removal functions clear the caller's guider.
 ///       The compositor owns everything it creates and frees it all when destroyed.
@@ -44,6 +46,27 @@ public:
         kSectionStretchClient = 7,
         kSectionStretchScreen = 8,
     };
+
+    /// The timed effects a buffer can run (OnTimer steps them).
+    enum SpecialEffect : std::int32_t
+    {
+        kNoEffect = 0,
+        kRandomImage = 1,
+        /// Has no step.
+        kNoStepEffect = 2,
+        /// Its step does nothing.
+        kIdleEffect = 3,
+        kFadeOutEffect = 4,
+        kFadeInEffect = 5,
+        kMosaicOutEffect = 6,
+        kMosaicInEffect = 7,
+    };
+
+    /// How a presentation reaches QorIntegration::OnDrawToScreen(CDC*) without this layer knowing that
+    /// class: the integration object installs a forwarder, which receives the pointer given to
+    /// SetIntegrationPtr and the context to draw on (a memory context in modes 0-2 and 6-8, the window's
+    /// context in modes 3-5).
+    typedef char (*DrawHook)(QorIntegration* integration, CDC* dc);
 
     /// Depth limit and the depths of the main buffer's bands.
     enum : long
@@ -110,13 +133,18 @@ public:
     QorOffScreenBuffer& operator=(const QorOffScreenBuffer&) = delete;
     virtual ~QorOffScreenBuffer();
 
-    /// Sets the system colour type (resetting the main picture to width x height when the type changes), the
-    /// mode and the window, then sizes the main picture. Returns 0, changing nothing, for an unknown type.
+    /// Sets the system colour type (resetting the main picture to width x height when the type changes, and
+    /// setting the standard colour palette when it becomes 8-bit), the mode and the window, then prepares
+    /// the main picture for the mode (AutoUpdateBitmap). Returns 0, changing nothing, for an unknown type.
+    /// \note In modes 6-8 the main picture's pixels belong to a section made on the window's context; the
+    ///       window must outlive the compositor or the next Initialize.
     char Initialize(QorPicBlock::ColorType type, ShowingMode mode, long width, long height, CWnd* wnd);
     /// Deletes every picture of the registry whatever its use count. Children and sprites stay; a sprite
     /// that showed a deleted picture is left without one.
     void RestartSystem();
     void SetIntegrationPtr(QorIntegration* integration) { m_integration = integration; }
+    /// The forwarder every presentation calls, with the integration pointer, when both are set.
+    void SetDrawHook(DrawHook hook) { m_drawHook = hook; }
     QorPicBlock* GetMainBufferPicBlockPtr();
     /// The main buffer's visible rectangle.
     QorRect GetVisibleRect();
@@ -298,6 +326,124 @@ public:
     ///       visible rectangle as given (unshifted): the two agree while the child's sprite stands at 0, 0.
     QorGuider FindFirstCollisionChild(long x, long y, char exact);
 
+    // Redraw. A region is recomposed from the buffer's background (its picture's mask colour) and its
+    // sprites in list order; nothing is redrawn unless asked.
+
+    /// Recomposes the rectangle (corners in any order) of the child's picture, clipped to its visible
+    /// rectangle and picture. With recurse, children shown by sprites in the region are recomposed first.
+    /// 0 for an unknown child.
+    /// \note A rectangle wholly left of or above the visible rectangle is not rejected: clipping turns it
+    ///       inside out, the background fill orders the corners again and no sprite is pasted.
+    char Redraw(const QorGuider& child, long l, long t, long r, long b, char recurse);
+    char Redraw(const QorGuider& child, const QorRect& rect, char recurse);
+    /// The child's visible rectangle shifted by its sprite's position in the main buffer (the two agree
+    /// while that sprite stands at 0, 0).
+    char Redraw(const QorGuider& child, char recurse);
+    /// Recomposes the rectangle of the main buffer, then presents when present is set.
+    char Redraw(long l, long t, long r, long b, char recurse, char present);
+    char Redraw(const QorRect& rect, char recurse, char present);
+    /// Recomposes the main buffer's visible rectangle, then presents when present is set.
+    char Redraw(char recurse, char present);
+    /// Repaints what a main-buffer sprite covers now and covered before: one union rectangle when the two
+    /// overlap (presented as such), else the two areas apart and a presentation of the whole screen.
+    /// 0 when the sprite is not in the main buffer.
+    char RedrawSprite(const QorGuider& sprite, char present);
+    /// Repaints the union of a child sprite's two areas in the child; with toMain, also that union moved
+    /// by the child's sprite position in the main buffer, presenting it (twice with present). Without
+    /// toMain nothing is presented.
+    char RedrawSprite(const QorGuider& child, const QorGuider& sprite, char toMain, char present);
+    /// Recomposes the child's visible rectangle with its nested children; with toMain, UpdateChildToMain.
+    char RedrawChild(const QorGuider& child, char toMain);
+    /// Recomposes the child's place in the main buffer (its visible rectangle moved by its sprite's
+    /// position) and presents it.
+    char UpdateChildToMain(const QorGuider& child);
+
+    // Presentation of the main picture's visible rectangle in the showing mode.
+
+    /// Presents at (x, y) of the window (modes 0, 3, 6) or stretched over the client area (1, 4, 7) or the
+    /// screen size (2, 5, 8), calling the draw hook. Without a window, a "NULL WND" message box instead.
+    void DrawToScreen(long x, long y);
+    /// The same check, then the whole visible rectangle through DrawToScreen(0, 0): the rectangle is
+    /// accepted and deliberately not used to limit the transfer.
+    void DrawToScreen(long l, long t, long r, long b);
+    /// Modes 0 and 6 only: the picture from its (0, 0) corner, centred in the client area, without the
+    /// hook. Other modes draw nothing.
+    void DrawToScreenCenter();
+    /// As DrawToScreen(x, y) onto dc; modes 6-8 draw as 3-5 (from the pixels and the bitmap header).
+    /// Stretching modes use the window's client area, or the visible size without a window.
+    void DrawToDC(CDC* dc, long x, long y);
+    /// Stretches (sx, sy, sw, sh) of the main picture to (dx, dy, dw, dh) of dc with the compositor's
+    /// palette realised there, calling the hook on the memory context (modes 0-2) or on dc (3-8).
+    void DrawToDC(CDC* dc, long dx, long dy, long dw, long dh, long sx, long sy, long sw, long sh);
+    /// The effects' unit of time: every step adds it to the effect's progress (100 unless set).
+    void SetTimerClick(unsigned long click) { m_timerClick = static_cast<std::uint32_t>(click); }
+    /// Blacks out palette entries 10-245 (the others zero) on the device side; the stored palette stays,
+    /// so TurnScreenOn rebuilds the display from it. Both show only where the palette drives the display.
+    void TurnScreenOff();
+    void TurnScreenOn();
+    /// One step of every buffer's effect, in list order. 0 at once when no effect runs, else 1.
+    char OnTimer();
+
+    // Palettes: 256 stored entries; the library's colours live in entries 10-245.
+
+    /// The system palette (read through the window's context) with entries 10-225 set to the 216 colours
+    /// of the 6 x 6 x 6 cube, starting at cube colour 10 and wrapping; then applied.
+    void SetStdColorPalette();
+    /// Entry i becomes (i, i, i) for all 256 entries; then applied.
+    void SetStdGreyPalette();
+    /// Copies 256 entries into the stored palette and applies them.
+    void SetPalette(const stPaletteEntry* entries);
+    /// The logical palette realised at every presentation.
+    CPalette* GetPalettePtr() { return &m_logicalPalette; }
+    /// The stored palette (256 entries).
+    const stPaletteEntry* GetPaletteEntries() const { return m_palette; }
+
+    // Effects. Time counts in timer clicks: every step adds the click to the progress, and the effect
+    // ends with the step whose progress passes the length. A buffer other than the main one is copied to
+    // the screen after each step. Starting an effect on a buffer that runs one returns 0.
+
+    /// Starts effect on the child with length; 0 when the child is unknown or already runs an effect.
+    char SetChildSpecialEffect(const QorGuider& child, SpecialEffect effect, unsigned long length);
+    /// Dissolves the sprite's picture, at the sprite's place, into the child's picture in random order,
+    /// N / (length / click) points a step (the remainder is never pasted). opaqueOnly leaves out the
+    /// picture's mask colour. 0 for an unknown child or sprite, a running effect, a click of 0 or a length
+    /// shorter than one click.
+    char PutImageRandomly(const QorGuider& child, unsigned long length, const QorGuider& sprite, char opaqueOnly);
+    char PutImageRandomly(unsigned long length, const QorGuider& sprite, char opaqueOnly);
+    /// Mosaic of a snapshot of the child's visible rectangle from cells of the larger of a and b down to
+    /// the smaller. The snapshot stays in the registry.
+    char MosiacIn(const QorGuider& child, unsigned long length, unsigned long a, unsigned long b);
+    char MosiacIn(unsigned long length, unsigned long a, unsigned long b);
+    /// The same from the smaller cells up to the larger.
+    char MosiacOut(const QorGuider& child, unsigned long length, unsigned long a, unsigned long b);
+    char MosiacOut(unsigned long length, unsigned long a, unsigned long b);
+    /// Palette fades of entries 10-245 on the main buffer: from black to the stored colours, and back.
+    char FadeIn(unsigned long length);
+    char FadeOut(unsigned long length);
+    /// Not offered for other buffers: 0.
+    char FadeIn(const QorGuider& child, unsigned long length);
+    /// Not offered: 0.
+    char Gray(long l, long t, long r, long b);
+    char Gray(const QorGuider& child, long l, long t, long r, long b);
+
+    // Text sprites. The first text operation on a sprite gives it a picture of its own in the registry,
+    // removed with the sprite; later ones reuse it. Colours are bytes in the picture's pixel layout; the
+    // default text and mask colours are 0xFF bytes. Nothing is redrawn. 0 only for an unknown sprite.
+
+    /// Renders one line of Big5 text with the default font.
+    char SetText(const QorGuider& sprite, const char* text);
+    char SetText(const QorGuider& sprite, const char* text, const unsigned char* color);
+    char SetText(const QorGuider& sprite, const char* text, const unsigned char* color, const unsigned char* mask);
+    /// With font selected while rendering (null: the default).
+    char SetText(const QorGuider& sprite, const char* text, const unsigned char* color, CFont* font);
+    char SetText(const QorGuider& sprite, const char* text, const unsigned char* color, const unsigned char* mask,
+                 CFont* font);
+    /// With a font made for the call from the face name (Big5) and the sizes and styles given.
+    char SetText(const QorGuider& sprite, const char* text, const unsigned char* color, const char* face, int height,
+                 int width, int weight, char italic, char underline, char strikeOut);
+    /// Copies the whole of picture (a registry picture or a child's surface) instead of drawing text.
+    char SetText(const QorGuider& sprite, const QorGuider& picture);
+
 protected:
     /// A new empty record (system colour type, use count 0) appended to the registry. Null guider on
     /// allocation failure, with the list's error code set.
@@ -312,9 +458,27 @@ protected:
     /// Moves the buffer's attached sprites by (dx, dy): the one cached sprite, or with two or more attached,
     /// every sprite whose AttachToWindow flag is set.
     void MoveAttachedSprites(OffScrBuf* buffer, long dx, long dy);
-    /// Resizes the main picture to width x height in its colour type. 0 only without a main buffer; modes
-    /// outside 0 to 8 change nothing.
+    /// Prepares the main picture for the mode at width x height: a plain picture in modes 0-5, a picture on
+    /// a device-independent section of the window's context in modes 6-8. Updates the bitmap header. 0
+    /// only without a main buffer; modes outside 0 to 8 change nothing.
     char AutoUpdateBitmap(long width, long height);
+    /// Releases the presentation objects of modes 6-8: the window context (its palette restored), the
+    /// memory context (its bitmap restored) and the section.
+    void DestroyOSDependent();
+    /// Gives a main picture left on a released section pixels of its own, width x height.
+    void OwnMainPixels(long width, long height);
+    /// Applies 256 entries to the device objects, not to the stored palette: modes 0-2 set the logical
+    /// palette's entries 0-235 from entries 10-245; modes 3-5 set all 256 and the header's colour table;
+    /// modes 6-8 change nothing.
+    void SetPaletteActually(const stPaletteEntry* entries);
+    /// Ends the buffer's effect when its progress has passed its length.
+    void CheckSpecialEffectTimeMargin(OffScrBuf* buffer);
+    // The effect steps; each takes the buffer's guider.
+    char DoingRandomlyImage(const QorGuider& buffer);
+    char DoingMosiacIn(const QorGuider& buffer);
+    char DoingMosiacOut(const QorGuider& buffer);
+    char DoingFadeIn(const QorGuider& buffer);
+    char DoingFadeOut(const QorGuider& buffer);
 
     // Guider checks: each walks the registry and compares both number and record, so a removed or foreign
     // guider finds nothing.
@@ -342,6 +506,42 @@ protected:
     /// Gives child a new main-buffer sprite at depth z in place of the old one.
     char RenewChildSprite(OffScrBuf* child, long z, char alwaysOnTop);
 
+    /// The core redraw of buffer over (l, t, r, b); depth counts the nesting of children.
+    void RedrawBuffer(OffScrBuf* buffer, long l, long t, long r, long b, char recurse, int depth);
+    /// The buffer whose surface picture is, or null.
+    OffScrBuf* FindBufferBySurface(const QorPicBlock* picture);
+    /// Calls the draw hook on dc when both the hook and the integration pointer are set.
+    void CallDrawHook(CDC* dc);
+    /// The header of the device-independent transfers, as the platform takes it.
+    const BITMAPINFO* GetBitmapHeader() const { return reinterpret_cast<const BITMAPINFO*>(&m_bitmapHeader); }
+    /// Sets the header's size fields for a width x height main picture of its current depth.
+    void UpdateBitmapHeader(long width, long height);
+    /// The main picture's pixels laid out as the header describes them (rows padded to 4 bytes): the
+    /// pixels themselves when no padding is needed, else a copy.
+    const void* GetDeviceIndependentBits();
+    /// buffer grown to at least size bytes (capacity kept in capacity); null when there is no room.
+    static unsigned char* Grow(std::unique_ptr<unsigned char[]>& buffer, unsigned long& capacity, unsigned long size);
+    /// Presents through a device-dependent bitmap of the main picture (modes 0-2) onto dc: 1:1 at (x, y)
+    /// or stretched to (x, y, w, h) when stretch is set; the hook draws on the memory context.
+    void PresentDeviceBitmap(CDC& dc, long x, long y, long w, long h, char stretch);
+    /// The 8-bit main picture's pixels turned into 32-bit ones (blue, green, red, 0) through colours, with
+    /// the header that describes them in header32; null when there is no room.
+    const void* ExpandEightBit(const std::uint32_t* colours, BITMAPINFO& header32);
+    /// Presents the pixels with the header (modes 3-5 and DrawToDC's 6-8) onto dc, then calls the hook on dc.
+    void PresentIndependent(CDC& dc, long x, long y, long w, long h, char stretch);
+    /// The destination size of a stretching mode: the client area (modes 1, 4, 7), the screen (2, 5, 8), or
+    /// the visible size.
+    void GetStretchSize(long& width, long& height);
+    /// Starts a mosaic effect with first and second cell sizes and a snapshot of the child's visible part.
+    char StartMosaic(const QorGuider& child, SpecialEffect effect, unsigned long length, unsigned long first,
+                     unsigned long second);
+    /// The shared mosaic and fade steps.
+    char DoingMosaic(const QorGuider& buffer);
+    char DoingFade(const QorGuider& buffer, bool fadeIn);
+    /// Gives the sprite its private registry picture when it has none; the sprite's own registry picture
+    /// (null when it shows none, as a child's sprite does).
+    QorPicBlock* PrepareTextPicture(QorSprite* sprite, const QorGuider& guider);
+
     Cycle<PicRecord*> m_pictures;
     Cycle<OffScrBuf*> m_children;
     QorGuider m_mainBuffer;
@@ -358,4 +558,28 @@ protected:
     QorIntegration* m_integration = nullptr;
     ShowingMode m_showingMode = kDeviceBitmap;
     CWnd* m_wnd = nullptr;
+
+    /// The header of the device-independent transfers with its 256-entry colour table.
+    struct stBitmapHeader
+    {
+        BITMAPINFOHEADER bmiHeader;
+        RGBQUAD bmiColors[256];
+    };
+    stBitmapHeader m_bitmapHeader = {};
+    CPalette m_logicalPalette;
+    DrawHook m_drawHook = nullptr;
+    // Modes 6-8: the window's context with the palette selected, and the memory context holding the section
+    // the main picture lives in.
+    HDC m_windowDC = nullptr;
+    HWND m_windowDCOwner = nullptr;
+    HPALETTE m_previousPalette = nullptr;
+    HDC m_sectionDC = nullptr;
+    HGDIOBJ m_previousBitmap = nullptr;
+    HBITMAP m_section = nullptr;
+    /// Rows padded for the device-independent transfers of pictures whose rows are not a multiple of 4 bytes.
+    std::unique_ptr<unsigned char[]> m_paddedBits;
+    unsigned long m_paddedSize = 0;
+    /// 8-bit pixels expanded to 32 bits for the 1:1 device-independent transfer.
+    std::unique_ptr<unsigned char[]> m_expandedBits;
+    unsigned long m_expandedSize = 0;
 };

@@ -1,0 +1,301 @@
+// The compositor beside SDL2 doing the same work:
+//  scene<bits>:   a full redraw of 640 x 480 with 100 keyed 64 x 64 sprites at fixed pseudo-random places,
+//                 against SDL_FillRect plus 100 SDL_BlitSurface with a colour key, and again with RLE;
+//  move<bits>:    one sprite moved by a few pixels and repainted with RedrawSprite, beside the full redraw;
+//  present8:      an 8-bit 640 x 480 frame presented through the palette into a 32-bit window (headless
+//                 port) in modes 0, 3 and 6, against SDL_BlitSurface from INDEX8 to XRGB8888.
+// About half of every sprite's pixels are the key colour, in runs.
+#include "BenchRatios.h"
+
+#include "qor/compositor.h"
+#include "qor/platform.h"
+
+#include <SDL.h>
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace
+{
+const long kFrameW = 640, kFrameH = 480, kSide = 64;
+const int kSprites = 100, kPictures = 8;
+
+struct SurfaceDeleter
+{
+    void operator()(SDL_Surface* s) const { SDL_FreeSurface(s); }
+};
+using Surface = std::unique_ptr<SDL_Surface, SurfaceDeleter>;
+
+Uint32 SdlFormat(int bytes)
+{
+    switch (bytes)
+    {
+    case 1:
+        return SDL_PIXELFORMAT_INDEX8;
+    case 3:
+        return SDL_PIXELFORMAT_RGB24;
+    default:
+        return SDL_PIXELFORMAT_RGB888;
+    }
+}
+
+// The compositor with its registry pictures reachable, to fill them with the bench's pixels.
+class Compositor : public QorOffScreenBuffer
+{
+public:
+    QorGuider MakePicture(const QorPicBlock& pixels)
+    {
+        QorGuider g = CreateNewPic();
+        FindPic(g)->picture = pixels;
+        return g;
+    }
+};
+
+// The pictures and places both sides draw: kPictures sprite pictures of runs of key and colour, and
+// kSprites places inside the frame.
+struct SceneData
+{
+    explicit SceneData(int bytes) : type(QorPicBlock::ColorType(bytes == 1 ? 1 : bytes))
+    {
+        std::mt19937 rng(42);
+        std::uniform_int_distribution<int> byte(0, 255);
+        for (int p = 0; p < kPictures; ++p)
+        {
+            QorPicBlock picture(type, kSide, kSide);
+            bool isKey = false;
+            for (long i = 0, run = 0; i < kSide * kSide; ++i, --run)
+            {
+                if (run <= 0)
+                {
+                    isKey = !isKey;
+                    run = 1 + byte(rng) % 24;
+                }
+                unsigned char* px = picture.GetDataPtr() + i * bytes;
+                for (int k = 0; k < bytes; ++k)
+                    px[k] = isKey ? key[k] : static_cast<unsigned char>(0x80 | byte(rng));
+            }
+            picture.SetMask(key);
+            pictures.push_back(picture);
+        }
+        std::uniform_int_distribution<long> px(0, kFrameW - kSide), py(0, kFrameH - kSide);
+        for (int s = 0; s < kSprites; ++s)
+            places.emplace_back(px(rng), py(rng));
+        if (bytes == 1)
+        {
+            palette = SDL_AllocPalette(256);
+            std::vector<SDL_Color> colours(256);
+            for (int i = 0; i < 256; ++i)
+                colours[i] = SDL_Color{Uint8(i), Uint8(255 - i), Uint8(i * 7), 255};
+            SDL_SetPaletteColors(palette, colours.data(), 0, 256);
+        }
+    }
+    ~SceneData()
+    {
+        if (palette)
+            SDL_FreePalette(palette);
+    }
+    SceneData(const SceneData&) = delete;
+    SceneData& operator=(const SceneData&) = delete;
+
+    QorPicBlock::ColorType type;
+    unsigned char key[4] = {0x10, 0x20, 0x30, 0x00};
+    unsigned char background[4] = {0x40, 0x50, 0x60, 0x00};
+    std::vector<QorPicBlock> pictures;
+    std::vector<Point<long>> places;
+    SDL_Palette* palette = nullptr;
+};
+
+// The scene built in a compositor: the pictures in its registry, one sprite per place.
+std::vector<QorGuider> BuildScene(Compositor& c, const SceneData& data)
+{
+    c.Initialize(data.type, QorOffScreenBuffer::kDeviceBitmap, kFrameW, kFrameH, nullptr);
+    c.SetMainVisibleRect(QorRect(0, 0, kFrameW - 1, kFrameH - 1));
+    c.GetMainBufferPicBlockPtr()->SetMask(data.background);
+    std::vector<QorGuider> pictures;
+    for (const QorPicBlock& p : data.pictures)
+        pictures.push_back(c.MakePicture(p));
+    std::vector<QorGuider> sprites;
+    for (int s = 0; s < kSprites; ++s)
+    {
+        sprites.push_back(c.CreateSprite(pictures[s % kPictures], 1000 - s));
+        c.MoveSprite(sprites.back(), data.places[s].x, data.places[s].y);
+    }
+    return sprites;
+}
+
+void OurScene(benchmark::State& state, int bytes)
+{
+    SceneData data(bytes);
+    Compositor c;
+    BuildScene(c, data);
+    for (auto _ : state)
+    {
+        c.Redraw(0, 0);
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * kSprites);
+}
+
+enum class SdlMode
+{
+    kColorKey,
+    kRle,
+};
+
+void SdlScene(benchmark::State& state, int bytes, SdlMode mode)
+{
+    SceneData data(bytes);
+    Surface frame(SDL_CreateRGBSurfaceWithFormat(0, int(kFrameW), int(kFrameH), bytes * 8, SdlFormat(bytes)));
+    if (data.palette)
+        SDL_SetSurfacePalette(frame.get(), data.palette);
+    std::vector<Surface> sources;
+    for (const QorPicBlock& p : data.pictures)
+    {
+        Surface s(SDL_CreateRGBSurfaceWithFormat(0, int(kSide), int(kSide), bytes * 8, SdlFormat(bytes)));
+        if (data.palette)
+            SDL_SetSurfacePalette(s.get(), data.palette);
+        for (long y = 0; y < kSide; ++y)
+            std::memcpy(static_cast<unsigned char*>(s->pixels) + y * s->pitch, p.GetPixel(0, y),
+                        std::size_t(kSide) * bytes);
+        // The key as SDL maps the same bytes, so that exactly the same pixels are skipped.
+        const Uint32 key = bytes == 1   ? data.key[0]
+                           : bytes == 3 ? SDL_MapRGB(s->format, data.key[0], data.key[1], data.key[2])
+                                        : SDL_MapRGB(s->format, data.key[2], data.key[1], data.key[0]);
+        SDL_SetColorKey(s.get(), SDL_TRUE, key);
+        if (mode == SdlMode::kRle)
+            SDL_SetSurfaceRLE(s.get(), 1);
+        sources.push_back(std::move(s));
+    }
+    const Uint32 background =
+        bytes == 1 ? data.background[0]
+                   : SDL_MapRGB(frame->format, data.background[2], data.background[1], data.background[0]);
+    for (auto _ : state)
+    {
+        SDL_FillRect(frame.get(), nullptr, background);
+        // Farthest first, as the compositor's depth order draws them.
+        for (int s = 0; s < kSprites; ++s)
+        {
+            SDL_Rect at{int(data.places[s].x), int(data.places[s].y), 0, 0};
+            SDL_BlitSurface(sources[s % kPictures].get(), nullptr, frame.get(), &at);
+        }
+        benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * kSprites);
+}
+
+void OurMove(benchmark::State& state, int bytes, bool full)
+{
+    SceneData data(bytes);
+    Compositor c;
+    const std::vector<QorGuider> sprites = BuildScene(c, data);
+    c.Redraw(0, 0);
+    const QorGuider& moving = sprites[kSprites / 2];
+    const Point<long> home = data.places[kSprites / 2];
+    long step = 0;
+    for (auto _ : state)
+    {
+        // Back and forth by three pixels.
+        step ^= 3;
+        c.MoveSprite(moving, home.x + step, home.y + step);
+        if (full)
+            c.Redraw(0, 0);
+        else
+            c.RedrawSprite(moving, 0);
+        benchmark::ClobberMemory();
+    }
+}
+
+// An 8-bit frame of every index (or a 32-bit frame: the platform's share, a plain row copy into the window
+// and the port's present), presented in a headless window of the same size.
+void OurPresent(benchmark::State& state, QorOffScreenBuffer::ShowingMode mode, QorPicBlock::ColorType type)
+{
+    CWnd window;
+    if (!window.Create("bench", int(kFrameW), int(kFrameH)))
+    {
+        state.SkipWithError("no window");
+        return;
+    }
+    {
+        QorOffScreenBuffer c;
+        c.Initialize(type, mode, kFrameW, kFrameH, &window);
+        c.SetMainVisibleRect(QorRect(0, 0, kFrameW - 1, kFrameH - 1));
+        c.SetStdColorPalette();
+        QorPicBlock& main = *c.GetMainBufferPicBlockPtr();
+        for (unsigned long i = 0; i < main.GetSize(); ++i)
+            main.GetDataPtr()[i] = static_cast<unsigned char>(i * 7 + i / 640);
+        for (auto _ : state)
+        {
+            c.DrawToScreen(0, 0);
+            benchmark::ClobberMemory();
+        }
+    }
+    state.SetBytesProcessed(state.iterations() * kFrameW * kFrameH);
+}
+
+void SdlPresent(benchmark::State& state)
+{
+    Surface frame(SDL_CreateRGBSurfaceWithFormat(0, int(kFrameW), int(kFrameH), 8, SDL_PIXELFORMAT_INDEX8));
+    Surface window(SDL_CreateRGBSurfaceWithFormat(0, int(kFrameW), int(kFrameH), 32, SDL_PIXELFORMAT_XRGB8888));
+    SDL_Palette* palette = SDL_AllocPalette(256);
+    std::vector<SDL_Color> colours(256);
+    for (int i = 0; i < 256; ++i)
+        colours[i] = SDL_Color{Uint8((i / 36) % 6 * 51), Uint8((i / 6) % 6 * 51), Uint8(i % 6 * 51), 255};
+    SDL_SetPaletteColors(palette, colours.data(), 0, 256);
+    SDL_SetSurfacePalette(frame.get(), palette);
+    for (long y = 0; y < kFrameH; ++y)
+        for (long x = 0; x < kFrameW; ++x)
+        {
+            const unsigned long i = static_cast<unsigned long>(y * kFrameW + x);
+            static_cast<unsigned char*>(frame->pixels)[y * frame->pitch + x] =
+                static_cast<unsigned char>(i * 7 + i / 640);
+        }
+    for (auto _ : state)
+    {
+        SDL_BlitSurface(frame.get(), nullptr, window.get(), nullptr);
+        benchmark::ClobberMemory();
+    }
+    SDL_FreePalette(palette);
+    state.SetBytesProcessed(state.iterations() * kFrameW * kFrameH);
+}
+
+[[maybe_unused]] const bool kRegistered = []
+{
+    for (int bytes : {1, 3, 4})
+    {
+        const std::string scene = "scene" + std::to_string(bytes * 8) + "/";
+        benchmark::RegisterBenchmark((scene + "ours").c_str(), OurScene, bytes)->Unit(benchmark::kMicrosecond);
+        benchmark::RegisterBenchmark((scene + "sdl_colorkey").c_str(), SdlScene, bytes, SdlMode::kColorKey)
+            ->Unit(benchmark::kMicrosecond);
+        benchmark::RegisterBenchmark((scene + "sdl_colorkey_rle").c_str(), SdlScene, bytes, SdlMode::kRle)
+            ->Unit(benchmark::kMicrosecond);
+        const std::string move = "move" + std::to_string(bytes * 8) + "/";
+        benchmark::RegisterBenchmark((move + "redraw_sprite").c_str(), OurMove, bytes, false)
+            ->Unit(benchmark::kMicrosecond);
+        benchmark::RegisterBenchmark((move + "full_redraw").c_str(), OurMove, bytes, true)
+            ->Unit(benchmark::kMicrosecond);
+    }
+    benchmark::RegisterBenchmark("present8/ours_mode0", OurPresent, QorOffScreenBuffer::kDeviceBitmap,
+                                 QorPicBlock::Bit8)
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("present8/ours_mode3", OurPresent, QorOffScreenBuffer::kIndependent, QorPicBlock::Bit8)
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("present8/ours_mode6", OurPresent, QorOffScreenBuffer::kSection, QorPicBlock::Bit8)
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("present8/platform_copy32", OurPresent, QorOffScreenBuffer::kIndependent,
+                                 QorPicBlock::Bit32)
+        ->Unit(benchmark::kMicrosecond);
+    benchmark::RegisterBenchmark("present8/sdl_blit", SdlPresent)->Unit(benchmark::kMicrosecond);
+    qorbench::AddRatio("ours", "sdl_colorkey");
+    qorbench::AddRatio("ours", "sdl_colorkey_rle");
+    qorbench::AddRatio("redraw_sprite", "full_redraw");
+    qorbench::AddRatio("ours_mode0", "sdl_blit");
+    qorbench::AddRatio("ours_mode3", "sdl_blit");
+    qorbench::AddRatio("ours_mode6", "sdl_blit");
+    qorbench::AddRatio("platform_copy32", "sdl_blit");
+    return true;
+}();
+} // namespace

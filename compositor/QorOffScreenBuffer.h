@@ -526,7 +526,7 @@ protected:
     void PresentDeviceBitmap(CDC& dc, long x, long y, long w, long h, char stretch);
     /// The 8-bit main picture's pixels turned into 32-bit ones (blue, green, red, 0) through colours, with
     /// the header that describes them in header32; null when there is no room.
-    const void* ExpandEightBit(const std::uint32_t* colours, BITMAPINFO& header32);
+
     /// Presents the pixels with the header (modes 3-5 and DrawToDC's 6-8) onto dc, then calls the hook on dc.
     void PresentIndependent(CDC& dc, long x, long y, long w, long h, char stretch);
     /// The destination size of a stretching mode: the client area (modes 1, 4, 7), the screen (2, 5, 8), or
@@ -579,7 +579,4 @@ protected:
     /// Rows padded for the device-independent transfers of pictures whose rows are not a multiple of 4 bytes.
     std::unique_ptr<unsigned char[]> m_paddedBits;
     unsigned long m_paddedSize = 0;
-    /// 8-bit pixels expanded to 32 bits for the 1:1 device-independent transfer.
-    std::unique_ptr<unsigned char[]> m_expandedBits;
-    unsigned long m_expandedSize = 0;
 };

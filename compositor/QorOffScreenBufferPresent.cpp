@@ -45,11 +45,6 @@ int ToInt(long value)
     return static_cast<int>(value);
 }
 
-// A 32-bit pixel of the window's layout: blue, green, red, 0.
-std::uint32_t Pack(BYTE red, BYTE green, BYTE blue)
-{
-    return std::uint32_t(blue) | (std::uint32_t(green) << 8) | (std::uint32_t(red) << 16);
-}
 } // namespace
 
 char QorOffScreenBuffer::AutoUpdateBitmap(long width, long height)
@@ -172,31 +167,6 @@ const void* QorOffScreenBuffer::GetDeviceIndependentBits()
     return m_paddedBits.get();
 }
 
-const void* QorOffScreenBuffer::ExpandEightBit(const std::uint32_t* colours, BITMAPINFO& header32)
-{
-    const QorPicBlock& picture = GetMainBuffer()->surface.picture;
-    const long width = picture.GetWidth();
-    const long height = picture.GetHeight();
-    // The pixels as the header describes them: rows padded to 4 bytes (a section's own, or a copy).
-    const auto* source = static_cast<const unsigned char*>(GetDeviceIndependentBits());
-    const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    auto* expanded =
-        reinterpret_cast<std::uint32_t*>(Grow(m_expandedBits, m_expandedSize, static_cast<unsigned long>(pixels * 4)));
-    if (!source || !expanded)
-        return nullptr;
-    const long pitch = PaddedRowBytes(width, 8);
-    for (long y = 0; y < height; ++y)
-    {
-        const unsigned char* row = source + pitch * y;
-        std::uint32_t* out = expanded + static_cast<std::size_t>(width) * static_cast<std::size_t>(y);
-        for (long x = 0; x < width; ++x)
-            out[x] = colours[row[x]];
-    }
-    header32.bmiHeader = m_bitmapHeader.bmiHeader;
-    header32.bmiHeader.biBitCount = 32;
-    return expanded;
-}
-
 void QorOffScreenBuffer::CallDrawHook(CDC* dc)
 {
     if (m_drawHook && m_integration)
@@ -225,25 +195,6 @@ void QorOffScreenBuffer::GetStretchSize(long& width, long& height)
 void QorOffScreenBuffer::PresentDeviceBitmap(CDC& dc, long x, long y, long w, long h, char stretch)
 {
     OffScrBuf* main = GetMainBuffer();
-    if (!stretch && main->surface.picture.GetBitsPerPixel() == 8 && !(m_drawHook && m_integration))
-    {
-        // Nothing draws into the memory context: the 8-bit bitmap would show each index through the system
-        // palette as just realised, so the pixels go out looked up in it already and are copied row by row.
-        PALETTEENTRY system[256] = {};
-        ::GetSystemPaletteEntries(dc.GetSafeHdc(), 0, 256, system);
-        std::uint32_t colours[256];
-        for (int i = 0; i < 256; ++i)
-            colours[i] = Pack(system[i].peRed, system[i].peGreen, system[i].peBlue);
-        BITMAPINFO header32 = {};
-        if (const void* bits = ExpandEightBit(colours, header32))
-        {
-            const QorRect& visible = main->visibleRect;
-            ::SetDIBitsToDevice(dc.GetSafeHdc(), ToInt(x), ToInt(y), static_cast<DWORD>(visible.Width()),
-                                static_cast<DWORD>(visible.Height()), visible.left, visible.top, 0,
-                                static_cast<UINT>(main->surface.picture.GetHeight()), bits, &header32, DIB_RGB_COLORS);
-            return;
-        }
-    }
     const stBitmapDesc& info = main->bitmapInfo;
     const BITMAP description = {info.type,   info.width,     info.height, info.widthBytes,
                                 info.planes, info.bitsPixel, info.bits};
@@ -270,23 +221,8 @@ void QorOffScreenBuffer::PresentIndependent(CDC& dc, long x, long y, long w, lon
 {
     OffScrBuf* main = GetMainBuffer();
     const QorPicBlock& picture = main->surface.picture;
-    // An 8-bit picture is looked up in the colour table here, once per pixel in one tight loop, so that a
-    // 1:1 transfer only copies rows; what reaches the device is the same.
-    BITMAPINFO header32 = {};
-    const void* bits = nullptr;
-    if (picture.GetBitsPerPixel() == 8 && !stretch)
-    {
-        std::uint32_t colours[256];
-        for (int i = 0; i < 256; ++i)
-        {
-            const RGBQUAD& c = m_bitmapHeader.bmiColors[i];
-            colours[i] = Pack(c.rgbRed, c.rgbGreen, c.rgbBlue);
-        }
-        bits = ExpandEightBit(colours, header32);
-    }
-    const BITMAPINFO* header = bits ? &header32 : GetBitmapHeader();
-    if (!bits)
-        bits = GetDeviceIndependentBits();
+    const BITMAPINFO* header = GetBitmapHeader();
+    const void* bits = GetDeviceIndependentBits();
     if (bits && picture.GetWidth() > 0 && picture.GetHeight() > 0)
     {
         const QorRect& visible = main->visibleRect;

@@ -138,6 +138,8 @@ public:
     }
 
     bool IsRaw() const { return m_kind == Kind::kRaw; }
+    /// The value table of a transfer from a palette source, null for other kinds.
+    const std::uint32_t* Table() const { return m_kind == Kind::kTable ? m_table.data() : nullptr; }
 
 private:
     enum class Kind
@@ -415,6 +417,32 @@ RECT Transfer(const PixelView& dst, long dx, long dy, long dw, long dh, const Pi
                 const long bytes = dst.bitsPerPixel / 8;
                 std::memcpy(RowOf(dst, dstY) + (dx + first) * bytes, RowOf(src, srcY) + (sx + first) * bytes,
                             static_cast<std::size_t>((last - first) * bytes));
+                writtenLeft = std::min(writtenLeft, first);
+                writtenRight = std::max(writtenRight, last);
+                writtenTop = std::min(writtenTop, i);
+                writtenBottom = std::max(writtenBottom, i + 1);
+            }
+            continue;
+        }
+        // An 8-bit palette source into a 32-bit surface (every 8-bit frame shown in a window): one table
+        // look-up per pixel, no per-pixel format switches.
+        const std::uint32_t* table = convert.Table();
+        if (table && rop == SRCCOPY && src.bitsPerPixel == 8 && dst.bitsPerPixel == 32)
+        {
+            const unsigned char* srcRow = RowOf(src, srcY);
+            unsigned char* dstRow = RowOf(dst, dstY) + dx * 4;
+            long first = x1, last = x0;
+            for (long k = x0; k < x1; ++k)
+            {
+                const long srcX = columns[static_cast<std::size_t>(k - x0)];
+                if (srcX < 0 || srcX >= src.width)
+                    continue;
+                std::memcpy(dstRow + k * 4, &table[srcRow[srcX]], 4);
+                first = std::min(first, k);
+                last = k + 1;
+            }
+            if (first < last)
+            {
                 writtenLeft = std::min(writtenLeft, first);
                 writtenRight = std::max(writtenRight, last);
                 writtenTop = std::min(writtenTop, i);

@@ -432,14 +432,29 @@ RECT Transfer(const PixelView& dst, long dx, long dy, long dw, long dh, const Pi
             const unsigned char* srcRow = RowOf(src, srcY);
             unsigned char* dstRow = RowOf(dst, dstY) + dx * 4;
             long first = x1, last = x0;
-            for (long k = x0; k < x1; ++k)
+            if (oneToOne)
             {
-                const long srcX = columns[static_cast<std::size_t>(k - x0)];
-                if (srcX < 0 || srcX >= src.width)
-                    continue;
-                std::memcpy(dstRow + k * 4, &table[srcRow[srcX]], 4);
-                first = std::min(first, k);
-                last = k + 1;
+                // Source columns sx + k: the valid ones are one run.
+                first = std::max(x0, -sx);
+                last = std::min(x1, src.width - sx);
+                const unsigned char* in = srcRow + sx;
+                for (long k = first; k < last; ++k)
+                {
+                    const std::uint32_t value = table[in[k]];
+                    std::memcpy(dstRow + k * 4, &value, 4);
+                }
+            }
+            else
+            {
+                for (long k = x0; k < x1; ++k)
+                {
+                    const long srcX = columns[static_cast<std::size_t>(k - x0)];
+                    if (srcX < 0 || srcX >= src.width)
+                        continue;
+                    std::memcpy(dstRow + k * 4, &table[srcRow[srcX]], 4);
+                    first = std::min(first, k);
+                    last = k + 1;
+                }
             }
             if (first < last)
             {

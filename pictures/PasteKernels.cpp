@@ -311,18 +311,25 @@ QOR_AVX2 void Mirror32Avx2(unsigned char* dst, const unsigned char* src, long n,
     Mirror32Sse2<Transparent>(dst + 4 * i, src - 4 * i, n - i, key);
 }
 
-// Stores a 96-byte pattern (a whole number of pixels at every depth) over and over.
-QOR_AVX2 void FillAvx2(unsigned char* dst, std::size_t total, const unsigned char* pattern)
+// Stores a 96-byte pattern (a whole number of pixels at every depth) over and over, with aligned stores:
+// the bytes before the first 32-byte boundary are written one by one and the pattern starts from there.
+QOR_AVX2 void FillAvx2(unsigned char* dst, std::size_t total, const unsigned char* colour, std::size_t bpp)
 {
-    const __m256i a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pattern));
-    const __m256i b = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pattern + 32));
-    const __m256i c = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pattern + 64));
-    std::size_t i = 0;
+    const std::size_t head = std::min<std::size_t>(total, (32 - (reinterpret_cast<std::uintptr_t>(dst) & 31)) & 31);
+    for (std::size_t i = 0; i < head; ++i)
+        dst[i] = colour[i % bpp];
+    alignas(32) unsigned char pattern[96];
+    for (std::size_t j = 0; j < sizeof pattern; ++j)
+        pattern[j] = colour[(head + j) % bpp];
+    const __m256i a = _mm256_load_si256(reinterpret_cast<const __m256i*>(pattern));
+    const __m256i b = _mm256_load_si256(reinterpret_cast<const __m256i*>(pattern + 32));
+    const __m256i c = _mm256_load_si256(reinterpret_cast<const __m256i*>(pattern + 64));
+    std::size_t i = head;
     for (; i + 96 <= total; i += 96)
     {
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i), a);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i + 32), b);
-        _mm256_storeu_si256(reinterpret_cast<__m256i*>(dst + i + 64), c);
+        _mm256_store_si256(reinterpret_cast<__m256i*>(dst + i), a);
+        _mm256_store_si256(reinterpret_cast<__m256i*>(dst + i + 32), b);
+        _mm256_store_si256(reinterpret_cast<__m256i*>(dst + i + 64), c);
     }
     std::memcpy(dst + i, pattern, total - i);
 }
@@ -472,12 +479,9 @@ void FillPixels(unsigned char* dst, long n, const unsigned char* colour, int byt
         return;
     }
 #ifdef QOR_X86
-    if (CurrentLevel() == SimdLevel::kAvx2 && total >= 96)
+    if (CurrentLevel() == SimdLevel::kAvx2 && total >= 128)
     {
-        unsigned char pattern[96];
-        for (std::size_t i = 0; i < sizeof pattern; i += bpp)
-            std::memcpy(pattern + i, colour, bpp);
-        FillAvx2(dst, total, pattern);
+        FillAvx2(dst, total, colour, bpp);
         return;
     }
 #endif

@@ -409,3 +409,21 @@ TEST(QorPicBlockPaste, PastingAPictureIntoItselfReadsThePictureAsItWas)
     EXPECT_EQ(p.GetPixel(2, 0)[0], 0);
     EXPECT_EQ(p.GetPixel(5, 0)[0], 30);
 }
+
+// The vector fill aligns its stores: every start address and length around the alignment must match.
+TEST(QorPicBlockPaste, FillPixelsMatchesAtEveryStartAlignment)
+{
+    const unsigned char colour[4] = {9, 8, 7, 6};
+    for (int level = 0; level <= static_cast<int>(qor::detail::GetBestSimdLevel()); ++level)
+        for (int bpp = 2; bpp <= 4; ++bpp)
+            for (long offset = 0; offset < 34; ++offset)
+                for (long n : {43L, 64L, 97L, 211L})
+                {
+                    SimdLevelGuard guard(static_cast<SimdLevel>(level));
+                    std::vector<unsigned char> fast(std::size_t(n) * bpp + 80, 0xAA), slow(fast);
+                    qor::detail::FillPixels(fast.data() + offset, n, colour, bpp);
+                    for (long i = 0; i < n; ++i)
+                        std::memcpy(&slow[std::size_t(offset + i * bpp)], colour, std::size_t(bpp));
+                    ASSERT_EQ(fast, slow) << "level " << level << " bpp " << bpp << " offset " << offset << " n " << n;
+                }
+}

@@ -6,6 +6,7 @@
 //                 port) in modes 0, 3 and 6, against SDL_BlitSurface from INDEX8 to XRGB8888.
 // About half of every sprite's pixels are the key colour, in runs.
 #include "BenchRatios.h"
+#include "BenchSdl.h"
 
 #include "qor/compositor.h"
 #include "qor/platform.h"
@@ -24,24 +25,10 @@ namespace
 const long kFrameW = 640, kFrameH = 480, kSide = 64;
 const int kSprites = 100, kPictures = 8;
 
-struct SurfaceDeleter
-{
-    void operator()(SDL_Surface* s) const { SDL_FreeSurface(s); }
-};
-using Surface = std::unique_ptr<SDL_Surface, SurfaceDeleter>;
-
-Uint32 SdlFormat(int bytes)
-{
-    switch (bytes)
-    {
-    case 1:
-        return SDL_PIXELFORMAT_INDEX8;
-    case 3:
-        return SDL_PIXELFORMAT_RGB24;
-    default:
-        return SDL_PIXELFORMAT_RGB888;
-    }
-}
+using qorbench::MakeSurface;
+using qorbench::SdlFormat;
+using qorbench::SdlKey;
+using qorbench::Surface;
 
 // The compositor with its registry pictures reachable, to fill them with the bench's pixels.
 class Compositor : public QorOffScreenBuffer
@@ -155,16 +142,9 @@ void SdlScene(benchmark::State& state, int bytes, SdlMode mode)
     std::vector<Surface> sources;
     for (const QorPicBlock& p : data.pictures)
     {
-        Surface s(SDL_CreateRGBSurfaceWithFormat(0, int(kSide), int(kSide), bytes * 8, SdlFormat(bytes)));
-        if (data.palette)
-            SDL_SetSurfacePalette(s.get(), data.palette);
-        for (long y = 0; y < kSide; ++y)
-            std::memcpy(static_cast<unsigned char*>(s->pixels) + y * s->pitch, p.GetPixel(0, y),
-                        std::size_t(kSide) * bytes);
+        Surface s = MakeSurface(p, data.palette);
         // The key as SDL maps the same bytes, so that exactly the same pixels are skipped.
-        const Uint32 key = bytes == 1   ? data.key[0]
-                           : bytes == 3 ? SDL_MapRGB(s->format, data.key[0], data.key[1], data.key[2])
-                                        : SDL_MapRGB(s->format, data.key[2], data.key[1], data.key[0]);
+        const Uint32 key = SdlKey(s.get(), data.key, bytes);
         SDL_SetColorKey(s.get(), SDL_TRUE, key);
         if (mode == SdlMode::kRle)
             SDL_SetSurfaceRLE(s.get(), 1);

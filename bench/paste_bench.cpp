@@ -2,6 +2,7 @@
 // a 64 x 64 sprite into a 640 x 480 picture, and a whole 640 x 480 frame. About half of every
 // source's pixels are the key colour.
 #include "BenchRatios.h"
+#include "BenchSdl.h"
 #include "qor/pictures.h"
 
 #include <SDL.h>
@@ -17,46 +18,9 @@ namespace
 {
 const long kFrameW = 640, kFrameH = 480;
 
-struct SurfaceDeleter
-{
-    void operator()(SDL_Surface* s) const { SDL_FreeSurface(s); }
-};
-using Surface = std::unique_ptr<SDL_Surface, SurfaceDeleter>;
-
-Uint32 SdlFormat(int bpp)
-{
-    switch (bpp)
-    {
-    case 1:
-        return SDL_PIXELFORMAT_INDEX8;
-    case 3:
-        return SDL_PIXELFORMAT_RGB24; // bytes in memory: red, green, blue
-    default:
-        return SDL_PIXELFORMAT_RGB888; // 32-bit words 0x00RRGGBB: bytes blue, green, red, unused
-    }
-}
-
-// The SDL value of a key given as picture bytes, so that SDL treats exactly the same pixels as the key.
-Uint32 SdlKey(const SDL_Surface* s, const unsigned char* key, int bpp)
-{
-    if (bpp == 1)
-        return key[0];
-    if (bpp == 3)
-        return SDL_MapRGB(s->format, key[0], key[1], key[2]);
-    return SDL_MapRGB(s->format, key[2], key[1], key[0]);
-}
-
-Surface MakeSurface(const QorPicBlock& p, SDL_Palette* palette)
-{
-    const int bpp = p.GetBytesPerPixel();
-    Surface s(SDL_CreateRGBSurfaceWithFormat(0, int(p.GetWidth()), int(p.GetHeight()), bpp * 8, SdlFormat(bpp)));
-    if (palette)
-        SDL_SetSurfacePalette(s.get(), palette);
-    for (long y = 0; y < p.GetHeight(); ++y)
-        std::memcpy(static_cast<unsigned char*>(s->pixels) + y * s->pitch, p.GetPixel(0, y),
-                    std::size_t(p.GetWidth()) * bpp);
-    return s;
-}
+using qorbench::MakeSurface;
+using qorbench::SdlKey;
+using qorbench::Surface;
 
 struct Scene
 {

@@ -47,6 +47,13 @@ QorRect Shifted(const QorRect& r, long dx, long dy)
     moved.bottom = static_cast<std::int32_t>(r.bottom + dy);
     return moved;
 }
+
+// A rectangle of a child carried into the main buffer by the position of the child's sprite (none: 0, 0).
+template <typename Buffer>
+QorRect InMain(const Buffer& buffer, const QorRect& r)
+{
+    return buffer.sprite ? Shifted(r, buffer.sprite->GetX(), buffer.sprite->GetY()) : r;
+}
 } // namespace
 
 QorOffScreenBuffer::OffScrBuf* QorOffScreenBuffer::FindBufferBySurface(const QorPicBlock* picture)
@@ -134,9 +141,7 @@ char QorOffScreenBuffer::Redraw(const QorGuider& child, char recurse)
     OffScrBuf* buffer = FindBuffer(child);
     if (!buffer)
         return 0;
-    const long x = buffer->sprite ? buffer->sprite->GetX() : 0;
-    const long y = buffer->sprite ? buffer->sprite->GetY() : 0;
-    const QorRect area = Shifted(buffer->visibleRect, x, y);
+    const QorRect area = InMain(*buffer, buffer->visibleRect);
     RedrawBuffer(buffer, area.left, area.top, area.right, area.bottom, recurse, 0);
     return 1;
 }
@@ -209,9 +214,7 @@ char QorOffScreenBuffer::RedrawSprite(const QorGuider& child, const QorGuider& s
     RedrawBuffer(buffer, both.left, both.top, both.right, both.bottom, 0, 0);
     if (!toMain)
         return 1;
-    const long x = buffer->sprite ? buffer->sprite->GetX() : 0;
-    const long y = buffer->sprite ? buffer->sprite->GetY() : 0;
-    const QorRect onMain = Shifted(both, x, y);
+    const QorRect onMain = InMain(*buffer, both);
     RedrawBuffer(GetMainBuffer(), onMain.left, onMain.top, onMain.right, onMain.bottom, 0, 0);
     DrawToScreen(onMain.left, onMain.top, onMain.right, onMain.bottom);
     if (present)
@@ -236,9 +239,7 @@ char QorOffScreenBuffer::UpdateChildToMain(const QorGuider& child)
     OffScrBuf* buffer = FindBuffer(child);
     if (!buffer)
         return 0;
-    const long x = buffer->sprite ? buffer->sprite->GetX() : 0;
-    const long y = buffer->sprite ? buffer->sprite->GetY() : 0;
-    const QorRect area = Shifted(buffer->visibleRect, x, y);
+    const QorRect area = InMain(*buffer, buffer->visibleRect);
     RedrawBuffer(GetMainBuffer(), area.left, area.top, area.right, area.bottom, 0, 0);
     DrawToScreen(area.left, area.top, area.right, area.bottom);
     return 1;

@@ -180,21 +180,15 @@ bool QorParser::IsInSet(const unsigned char* set, std::uint32_t length, unsigned
 
 void QorParser::SetIgnore(const char* set, unsigned long n)
 {
-    if (!set)
-        return;
-    std::uint32_t length = 0;
-    unsigned char* copy = CopySet(set, n, length);
-    if (!copy)
-    {
-        SetException(1);
-        return;
-    }
-    delete[] m_ignore;
-    m_ignore = copy;
-    m_ignoreLength = length;
+    ReplaceSet(m_ignore, m_ignoreLength, set, n);
 }
 
 void QorParser::SetOperator(const char* set, unsigned long n)
+{
+    ReplaceSet(m_operator, m_operatorLength, set, n);
+}
+
+void QorParser::ReplaceSet(unsigned char*& target, std::uint32_t& targetLength, const char* set, unsigned long n)
 {
     if (!set)
         return;
@@ -205,9 +199,9 @@ void QorParser::SetOperator(const char* set, unsigned long n)
         SetException(1);
         return;
     }
-    delete[] m_operator;
-    m_operator = copy;
-    m_operatorLength = length;
+    delete[] target;
+    target = copy;
+    targetLength = length;
 }
 
 void QorParser::EnableUnicode(char on)

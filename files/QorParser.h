@@ -106,6 +106,8 @@ private:
     void ResetPosition();
     void FreeFileTarget();
     static unsigned char* CopySet(const char* set, unsigned long n, std::uint32_t& length);
+    /// Replaces one of the two sets by a copy of set (nothing for null; code 1 when the copy fails).
+    void ReplaceSet(unsigned char*& target, std::uint32_t& targetLength, const char* set, unsigned long n);
     static bool IsInSet(const unsigned char* set, std::uint32_t length, unsigned char b);
     bool IsIgnore(unsigned char b) const { return IsInSet(m_ignore, m_ignoreLength, b); }
     bool IsOperator(unsigned char b) const { return IsInSet(m_operator, m_operatorLength, b); }

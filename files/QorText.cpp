@@ -107,10 +107,11 @@ std::size_t CopyPair(WorkBuffer& work, const unsigned char* src, std::size_t i, 
     return i + 1;
 }
 
-// The frame of the byte-by-byte converters: a Big5 pair is copied whole, every other byte goes to map,
-// which writes its replacement; out is replaced by the result (an empty src makes it empty).
-template <typename Map>
-void ConvertSingleBytes(QorString& out, const char* src, Map map)
+// The frame of the converters: a Big5 pair is copied whole; at any other byte, step writes what the input
+// from there becomes and returns the index after what it took. out is replaced by the result (an empty src
+// makes it empty); the work buffer holds bytesPerInput bytes per input byte.
+template <typename Step>
+void ConvertText(QorString& out, const char* src, std::size_t bytesPerInput, Step step)
 {
     const std::size_t n = src ? std::strlen(src) : 0;
     if (n == 0)
@@ -119,21 +120,23 @@ void ConvertSingleBytes(QorString& out, const char* src, Map map)
         return;
     }
     const auto* bytes = reinterpret_cast<const unsigned char*>(src);
-    WorkBuffer work(2 * n);
+    WorkBuffer work(bytesPerInput * n);
     if (work.IsValid())
     {
         for (std::size_t i = 0; i < n;)
-        {
-            if (IsLead(bytes[i]))
-            {
-                i = CopyPair(work, bytes, i, n);
-                continue;
-            }
-            map(work, bytes[i]);
-            ++i;
-        }
+            i = IsLead(bytes[i]) ? CopyPair(work, bytes, i, n) : step(work, bytes, i, n);
     }
     work.Store(out);
+}
+
+// The converters that replace single bytes: map writes the replacement of one byte.
+template <typename Map>
+void ConvertSingleBytes(QorString& out, const char* src, Map map)
+{
+    ConvertText(out, src, 2, [&map](WorkBuffer& work, const unsigned char* bytes, std::size_t i, std::size_t) {
+        map(work, bytes[i]);
+        return i + 1;
+    });
 }
 
 void HalfToFull(QorString& out, const char* src, const char* punctuation)
@@ -227,40 +230,20 @@ void WriteNumber(WorkBuffer& work, const unsigned char* digits, std::size_t coun
 
 void DigitsToWords(QorString& out, const char* src, const WordStyle& style)
 {
-    const std::size_t n = src ? std::strlen(src) : 0;
-    if (n == 0)
-    {
-        out.Empty();
-        return;
-    }
-    const auto* bytes = reinterpret_cast<const unsigned char*>(src);
     // A digit writes at most a zero, its numeral and its unit, and a group of four one large unit:
     // fewer than 8 bytes per input byte.
-    WorkBuffer work(8 * n);
-    if (work.IsValid())
-    {
-        for (std::size_t i = 0; i < n;)
+    ConvertText(out, src, 8, [&style](WorkBuffer& work, const unsigned char* bytes, std::size_t i, std::size_t n) {
+        if (!IsDigit(bytes[i]))
         {
-            const unsigned char b = bytes[i];
-            if (IsLead(b))
-            {
-                i = CopyPair(work, bytes, i, n);
-                continue;
-            }
-            if (!IsDigit(b))
-            {
-                work.Put(b);
-                ++i;
-                continue;
-            }
-            std::size_t end = i;
-            while (end < n && IsDigit(bytes[end]))
-                ++end;
-            WriteNumber(work, bytes + i, end - i, style);
-            i = end;
+            work.Put(bytes[i]);
+            return i + 1;
         }
-    }
-    work.Store(out);
+        std::size_t end = i;
+        while (end < n && IsDigit(bytes[end]))
+            ++end;
+        WriteNumber(work, bytes + i, end - i, style);
+        return end;
+    });
 }
 
 // The lead-byte test is applied the other way round here, so a numeral (whose first byte is 0xA0 or

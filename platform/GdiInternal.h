@@ -169,7 +169,7 @@ RECT Transfer(const PixelView& dst, long dx, long dy, long dw, long dh, const Pi
 /// Fills the rectangle [left, right) x [top, bottom), clipped, with value; returns the area written.
 RECT FillValue(const PixelView& view, long left, long top, long right, long bottom, std::uint32_t value);
 
-/// Big5 (code page 950) text to UTF-8; bytes that do not convert become "?" (QorFonts.cpp).
+/// Big5 (code page 950) text to UTF-8 through QorBig5ToUtf8; what does not convert becomes U+FFFD.
 std::string Big5ToUtf8(const char* text, std::size_t length);
 /// UTF-8 text to Big5; characters without a Big5 form become "?".
 std::string Utf8ToBig5(const char* text, std::size_t length);

@@ -1,13 +1,11 @@
-// Face names to font files through fontconfig, and Big5 text to and from UTF-8 through iconv.
+// Face names to font files through fontconfig, and the Big5/UTF-8 conversions the drawing code uses.
 #include "platform/GdiInternal.h"
 #include "platform/PlatformInternal.h"
 #include "platform/TextRaster.h"
+#include "files/QorText.h"
 
 #include <fontconfig/fontconfig.h>
-#include <iconv.h>
 
-#include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <map>
 #include <string>
@@ -132,40 +130,6 @@ bool Resolve(const std::string& face, FaceFile& file)
     return true;
 }
 
-// Converts with iconv; a sequence that does not convert becomes "?" and conversion goes on after it.
-// skip tells how many input bytes such a sequence takes.
-template <class Skip>
-std::string Convert(const char* to, const char* from, const char* text, std::size_t length, Skip skip)
-{
-    std::string out;
-    if (!text || length == 0)
-        return out;
-    iconv_t cd = iconv_open(to, from);
-    if (cd == reinterpret_cast<iconv_t>(-1))
-        return out;
-    char* in = const_cast<char*>(text);
-    std::size_t left = length;
-    char buffer[256];
-    while (left > 0)
-    {
-        char* outPtr = buffer;
-        std::size_t outLeft = sizeof(buffer);
-        const std::size_t done = iconv(cd, &in, &left, &outPtr, &outLeft);
-        out.append(buffer, static_cast<std::size_t>(outPtr - buffer));
-        if (done != static_cast<std::size_t>(-1))
-            break;
-        if (errno == E2BIG)
-            continue;
-        // EILSEQ or EINVAL (cut off by the end): replace and step over the sequence.
-        out.push_back('?');
-        const std::size_t step = std::min(left, skip(reinterpret_cast<const unsigned char*>(in), left));
-        in += step;
-        left -= step;
-        iconv(cd, nullptr, nullptr, nullptr, nullptr);
-    }
-    iconv_close(cd);
-    return out;
-}
 } // namespace
 
 bool FindFaceFile(const char* big5Face, FaceFile& file)
@@ -200,25 +164,16 @@ void ShutDownFontConfig()
     state.resolved.clear();
 }
 
+// The shared converters: what does not convert becomes U+FFFD (to UTF-8) or "?" (to Big5).
 std::string Big5ToUtf8(const char* text, std::size_t length)
 {
-    // A lead byte followed by a byte that does not complete a character: both go.
-    return Convert("UTF-8", "CP950", text, length,
-                   [](const unsigned char* p, std::size_t left) -> std::size_t
-                   { return (p[0] >= 0x81 && left >= 2) ? 2 : 1; });
+    const QorString utf8 = QorBig5ToUtf8(text, length);
+    return std::string(static_cast<const char*>(utf8), utf8.GetLength());
 }
 
 std::string Utf8ToBig5(const char* text, std::size_t length)
 {
-    return Convert("CP950", "UTF-8", text, length,
-                   [](const unsigned char* p, std::size_t left) -> std::size_t
-                   {
-                       // The lead byte and the continuation bytes that follow it, up to its length.
-                       const std::size_t wanted = p[0] >= 0xF0 ? 4 : p[0] >= 0xE0 ? 3 : p[0] >= 0xC0 ? 2 : 1;
-                       std::size_t count = 1;
-                       while (count < wanted && count < left && (p[count] & 0xC0) == 0x80)
-                           ++count;
-                       return count;
-                   });
+    const QorString big5 = QorUtf8ToBig5(text, length);
+    return std::string(static_cast<const char*>(big5), big5.GetLength());
 }
 } // namespace qor::detail

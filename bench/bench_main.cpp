@@ -2,9 +2,12 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <cstdio>
+#include <fstream>
 #include <map>
 #include <set>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -59,6 +62,46 @@ public:
             }
     }
 
+    // Variants run at several instruction-set levels ("<stem>_scalar", "_sse2", "_avx2"): a higher level
+    // must not be slower than a lower one. Returns how many are.
+    int PrintLevelCheck() const
+    {
+        static const std::array<const char*, 3> kLevels{"_scalar", "_sse2", "_avx2"};
+        std::map<std::string, std::map<int, double>> stems;
+        for (const auto& [name, time] : m_times)
+            for (int level = 0; level < int(kLevels.size()); ++level)
+            {
+                const std::string suffix = kLevels[std::size_t(level)];
+                if (name.size() > suffix.size() && name.compare(name.size() - suffix.size(), suffix.size(), suffix) == 0)
+                    stems[name.substr(0, name.size() - suffix.size())][level] = time;
+            }
+        int slower = 0;
+        std::printf("\n%-40s %12s %12s %12s  %s\n", "levels (ns per iteration)", "scalar", "sse2", "avx2", "check");
+        for (const auto& [stem, times] : stems)
+        {
+            std::string verdict = "ok";
+            for (const auto& [low, lowTime] : times)
+                for (const auto& [high, highTime] : times)
+                    if (high > low && highTime > lowTime)
+                    {
+                        verdict = std::string("SLOWER: ") + (kLevels[std::size_t(high)] + 1) + " > " +
+                                  (kLevels[std::size_t(low)] + 1);
+                        ++slower;
+                    }
+            std::printf("%-40s", stem.c_str());
+            for (int level = 0; level < int(kLevels.size()); ++level)
+            {
+                const auto t = times.find(level);
+                if (t == times.end())
+                    std::printf(" %12s", "-");
+                else
+                    std::printf(" %12.1f", t->second);
+            }
+            std::printf("  %s\n", verdict.c_str());
+        }
+        return slower;
+    }
+
 private:
     std::map<std::string, double> m_times;
     std::set<std::string> m_medians;
@@ -71,14 +114,36 @@ void AddRatio(const std::string& variant, const std::string& reference)
 }
 } // namespace qorbench
 
+namespace
+{
+// The processor model as the kernel reports it: timings and level comparisons differ between vendors.
+std::string ProcessorModel()
+{
+    std::ifstream cpuinfo("/proc/cpuinfo");
+    std::string line;
+    while (std::getline(cpuinfo, line))
+        if (line.rfind("model name", 0) == 0)
+        {
+            const auto colon = line.find(':');
+            return colon == std::string::npos ? line : line.substr(colon + 2);
+        }
+    return "unknown";
+}
+} // namespace
+
 int main(int argc, char** argv)
 {
+    std::printf("processor: %s\n", ProcessorModel().c_str());
+    std::fflush(stdout);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv))
         return 1;
     qorbench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     reporter.PrintRatios();
+    const int slower = reporter.PrintLevelCheck();
+    if (slower)
+        std::printf("%d case(s) where a higher instruction-set level is slower than a lower one\n", slower);
     benchmark::Shutdown();
     return 0;
 }

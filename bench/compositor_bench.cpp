@@ -7,6 +7,7 @@
 // About half of every sprite's pixels are the key colour, in runs.
 #include "BenchRatios.h"
 #include "BenchSdl.h"
+#include "BenchSimd.h"
 
 #include "qor/compositor.h"
 #include "qor/platform.h"
@@ -114,11 +115,12 @@ std::vector<QorGuider> BuildScene(Compositor& c, const SceneData& data)
     return sprites;
 }
 
-void OurScene(benchmark::State& state, int bytes)
+void OurScene(benchmark::State& state, int bytes, qor::detail::SimdLevel level)
 {
     SceneData data(bytes);
     Compositor c;
     BuildScene(c, data);
+    qorbench::ScopedSimdLevel simd(level);
     for (auto _ : state)
     {
         c.Redraw(0, 0);
@@ -247,7 +249,9 @@ void SdlPresent(benchmark::State& state)
     for (int bytes : {1, 3, 4})
     {
         const std::string scene = "scene" + std::to_string(bytes * 8) + "/";
-        benchmark::RegisterBenchmark((scene + "ours").c_str(), OurScene, bytes)->Unit(benchmark::kMicrosecond);
+        for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
+            benchmark::RegisterBenchmark((scene + "ours" + v.suffix).c_str(), OurScene, bytes, v.level)
+                ->Unit(benchmark::kMicrosecond);
         benchmark::RegisterBenchmark((scene + "sdl_colorkey").c_str(), SdlScene, bytes, SdlMode::kColorKey)
             ->Unit(benchmark::kMicrosecond);
         benchmark::RegisterBenchmark((scene + "sdl_colorkey_rle").c_str(), SdlScene, bytes, SdlMode::kRle)
@@ -269,8 +273,11 @@ void SdlPresent(benchmark::State& state)
                                  QorPicBlock::Bit32)
         ->Unit(benchmark::kMicrosecond);
     benchmark::RegisterBenchmark("present8/sdl_blit", SdlPresent)->Unit(benchmark::kMicrosecond);
-    qorbench::AddRatio("ours", "sdl_colorkey");
-    qorbench::AddRatio("ours", "sdl_colorkey_rle");
+    for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
+    {
+        qorbench::AddRatio("ours" + v.suffix, "sdl_colorkey");
+        qorbench::AddRatio("ours" + v.suffix, "sdl_colorkey_rle");
+    }
     qorbench::AddRatio("redraw_sprite", "full_redraw");
     qorbench::AddRatio("ours_mode0", "sdl_blit");
     qorbench::AddRatio("ours_mode3", "sdl_blit");

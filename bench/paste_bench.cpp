@@ -3,6 +3,7 @@
 // source's pixels are the key colour.
 #include "BenchRatios.h"
 #include "BenchSdl.h"
+#include "BenchSimd.h"
 #include "qor/pictures.h"
 
 #include <SDL.h>
@@ -76,9 +77,10 @@ enum class Mode
     kMirroredKeyed,
 };
 
-void OurPaste(benchmark::State& state, int bpp, long side, Mode mode)
+void OurPaste(benchmark::State& state, int bpp, long side, Mode mode, qor::detail::SimdLevel level)
 {
     Scene scene(bpp, side);
+    qorbench::ScopedSimdLevel simd(level);
     const char keyed = mode != Mode::kOpaque, mirrored = mode == Mode::kMirroredKeyed;
     for (auto _ : state)
     {
@@ -130,9 +132,10 @@ void SdlBlit(benchmark::State& state, int bpp, long side, SdlMode mode)
     state.SetBytesProcessed(state.iterations() * scene.Bytes());
 }
 
-void OurFill(benchmark::State& state, int bpp)
+void OurFill(benchmark::State& state, int bpp, qor::detail::SimdLevel level)
 {
     QorPicBlock frame(QorPicBlock::ColorType(bpp), kFrameW, kFrameH);
+    qorbench::ScopedSimdLevel simd(level);
     const unsigned char colour[4] = {0x12, 0x34, 0x56, 0x00};
     for (auto _ : state)
     {
@@ -174,27 +177,36 @@ int Register()
         {
             const std::string group =
                 "paste" + std::to_string(bpp * 8) + (side ? "_sprite64" : "_frame640x480") + "/";
-            benchmark::RegisterBenchmark((group + "ours_opaque").c_str(), OurPaste, bpp, side, Mode::kOpaque);
-            benchmark::RegisterBenchmark((group + "ours_keyed").c_str(), OurPaste, bpp, side, Mode::kKeyed);
-            benchmark::RegisterBenchmark((group + "ours_mirrored_keyed").c_str(), OurPaste, bpp, side,
-                                         Mode::kMirroredKeyed);
+            for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
+            {
+                benchmark::RegisterBenchmark((group + "ours_opaque" + v.suffix).c_str(), OurPaste, bpp, side,
+                                             Mode::kOpaque, v.level);
+                benchmark::RegisterBenchmark((group + "ours_keyed" + v.suffix).c_str(), OurPaste, bpp, side,
+                                             Mode::kKeyed, v.level);
+                benchmark::RegisterBenchmark((group + "ours_mirrored_keyed" + v.suffix).c_str(), OurPaste, bpp,
+                                             side, Mode::kMirroredKeyed, v.level);
+            }
             benchmark::RegisterBenchmark((group + "memcpy_rows").c_str(), RowMemcpy, bpp, side);
             benchmark::RegisterBenchmark((group + "sdl_opaque").c_str(), SdlBlit, bpp, side, SdlMode::kOpaque);
             benchmark::RegisterBenchmark((group + "sdl_colorkey").c_str(), SdlBlit, bpp, side, SdlMode::kColorKey);
             benchmark::RegisterBenchmark((group + "sdl_colorkey_rle").c_str(), SdlBlit, bpp, side, SdlMode::kRle);
         }
         const std::string group = "fill" + std::to_string(bpp * 8) + "_frame640x480/";
-        benchmark::RegisterBenchmark((group + "ours_fill").c_str(), OurFill, bpp);
+        for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
+            benchmark::RegisterBenchmark((group + "ours_fill" + v.suffix).c_str(), OurFill, bpp, v.level);
         benchmark::RegisterBenchmark((group + "memset").c_str(), Memset, bpp);
         benchmark::RegisterBenchmark((group + "sdl_fillrect").c_str(), SdlFill, bpp);
     }
-    qorbench::AddRatio("ours_opaque", "memcpy_rows");
-    qorbench::AddRatio("ours_keyed", "sdl_colorkey");
-    qorbench::AddRatio("ours_keyed", "sdl_colorkey_rle");
-    qorbench::AddRatio("ours_mirrored_keyed", "sdl_colorkey");
-    qorbench::AddRatio("ours_opaque", "sdl_opaque");
-    qorbench::AddRatio("ours_fill", "memset");
-    qorbench::AddRatio("ours_fill", "sdl_fillrect");
+    for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
+    {
+        qorbench::AddRatio("ours_opaque" + v.suffix, "memcpy_rows");
+        qorbench::AddRatio("ours_keyed" + v.suffix, "sdl_colorkey");
+        qorbench::AddRatio("ours_keyed" + v.suffix, "sdl_colorkey_rle");
+        qorbench::AddRatio("ours_mirrored_keyed" + v.suffix, "sdl_colorkey");
+        qorbench::AddRatio("ours_opaque" + v.suffix, "sdl_opaque");
+        qorbench::AddRatio("ours_fill" + v.suffix, "memset");
+        qorbench::AddRatio("ours_fill" + v.suffix, "sdl_fillrect");
+    }
     return 0;
 }
 

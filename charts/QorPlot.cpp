@@ -252,9 +252,8 @@ double QorPlot::GetValue(unsigned category, unsigned series)
 {
     if (category >= m_defSize)
         return 0.0;
-    if (m_tagSize == 0)
-        return 0.0;
-    if (series >= m_tagSize)
+    // With no series count declared the row's length is the caller's to know: nothing bounds s.
+    if (m_tagSize != 0 && series >= m_tagSize)
     {
         SetException(2);
         return 0.0;

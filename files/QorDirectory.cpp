@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
@@ -530,7 +531,7 @@ unsigned long QorGetDirectorySize(const char* path, char recursive)
     }
 }
 
-unsigned long QorGetFreeDiskSpace(const char* root)
+unsigned long long QorGetFreeDiskSpace64(const char* root)
 {
     try
     {
@@ -538,16 +539,22 @@ unsigned long QorGetFreeDiskSpace(const char* root)
         struct statvfs info;
         if (!SystemPath(root, rootPath) || statvfs(rootPath.c_str(), &info) != 0)
             return 0;
-        unsigned long bytes = 0;
-        if (__builtin_mul_overflow(static_cast<unsigned long>(info.f_bavail), static_cast<unsigned long>(info.f_frsize),
-                                   &bytes))
-            return ULONG_MAX;
+        unsigned long long bytes = 0;
+        if (__builtin_mul_overflow(static_cast<unsigned long long>(info.f_bavail),
+                                   static_cast<unsigned long long>(info.f_frsize), &bytes))
+            return ULLONG_MAX;
         return bytes;
     }
     catch (const std::bad_alloc&)
     {
         return 0;
     }
+}
+
+unsigned long QorGetFreeDiskSpace(const char* root)
+{
+    // Cluster size times free clusters in 32 bits, as programs written for it expect.
+    return static_cast<std::uint32_t>(QorGetFreeDiskSpace64(root));
 }
 
 void QorSetDataHome(const char* path)

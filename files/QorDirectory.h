@@ -33,8 +33,13 @@ void QorDeleteDirectory(const char* path, char recursive);
 unsigned long QorGetDirectorySize(const char* path, char recursive);
 
 /// Bytes free to this user on the file system holding root (any path on it), or 0 when the query fails.
-/// The true value is returned, without wrapping at 4 GiB.
+/// \note The product is computed in 32 bits, so more than 4 GiB free wraps (5 GiB free reads as 1 GiB).
+/// Use QorGetFreeDiskSpace64 for the true figure.
 unsigned long QorGetFreeDiskSpace(const char* root);
+
+/// Bytes free to this user on the file system holding root, unwrapped (saturating), or 0 when the query
+/// fails.
+unsigned long long QorGetFreeDiskSpace64(const char* root);
 
 /// Sets the data home under which program menus live (normally $XDG_DATA_HOME, which the program reads
 /// itself if it wants it). Null or empty returns to the default: the user's home directory from the

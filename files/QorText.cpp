@@ -523,8 +523,6 @@ char CutString(QorString& text, Array<QorString>& lines, long width, char flag)
         return 0;
     lines.Empty();
     const std::size_t length = text.GetLength();
-    if (length == 0 && width > 0)
-        return 1;
     const auto* bytes = reinterpret_cast<const unsigned char*>(static_cast<const char*>(text));
     const std::size_t limit = static_cast<std::size_t>(width);
 

@@ -4,14 +4,14 @@
 // writes n destination pixels from dst onwards; it reads source pixels from src onwards, or, for the
 // mirrored kernels, from src backwards (pixel k at src - k * bytes per pixel). Bounds are the caller's.
 
+#include "PasteKernelLevels.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <utility>
 
 namespace qor::detail
 {
-using PasteRowKernel = void (*)(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key);
-
 /// The implementation level of the row kernels: the portable scalar loops, SSE2 or AVX2.
 enum class SimdLevel
 {

@@ -160,8 +160,10 @@ unsigned long QorPicBlock::LoadFix(QorFile& file, QorString& sizeText)
     const long w = std::strtol(widthText.c_str(), nullptr, 10);
     const long h = std::strtol(heightText.c_str(), nullptr, 10);
 
+    // The size is the caller's, not the file's: a short stream is a short read, counted in the result.
+    // Only a size no picture can hold is refused.
     const std::uint64_t size = std::uint64_t(std::max(w, 0L)) * std::uint64_t(std::max(h, 0L));
-    if (size > UINT32_MAX || size > file.GetBytesLeft())
+    if (size > UINT32_MAX)
         return 0;
     if (m_attached && (m_colorType != Bit8 || std::max(w, 0L) != m_width || std::max(h, 0L) != m_height))
         return 0;

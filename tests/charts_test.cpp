@@ -508,15 +508,20 @@ TEST(QorPlotValue, SeriesBeyondTagSizeGivesZeroAndErrorTwo)
     EXPECT_EQ(chart.GetException(), 2);
 }
 
-TEST(QorPlotValue, NoSeriesDeclaredReadsNothing)
+TEST(QorPlotValue, NoSeriesDeclaredReadsTheRowUnchecked)
 {
     TestChart chart;
-    int row0[2] = {5, 6};
-    int* rows[1] = {row0};
+    int row0[3] = {5, 6, 7};
+    int row1[3] = {-8, 9, 10};
+    int* rows[2] = {row0, row1};
     chart.SetValue(rows);
-    chart.SetDefSize(1);
-    EXPECT_EQ(chart.GetValue(0, 0), 0.0);
-    EXPECT_EQ(chart.GetValue(0, 1000000), 0.0);
+    chart.SetDefSize(2);
+    ASSERT_EQ(chart.GetTagSize(), 0u);
+    EXPECT_EQ(chart.GetValue(0, 0), 5.0);
+    EXPECT_EQ(chart.GetValue(0, 2), 7.0);
+    EXPECT_EQ(chart.GetValue(1, 0), -8.0);
+    EXPECT_EQ(chart.GetValue(1, 1), 9.0);
+    EXPECT_EQ(chart.GetValue(2, 0), 0.0);
     EXPECT_EQ(chart.GetException(), 0);
 }
 

@@ -563,13 +563,22 @@ TEST(CutString, PairThatCanNeverFitReturnsFalse)
     EXPECT_FALSE(ok);
 }
 
-TEST(CutString, EmptyTextGivesNoLines)
+// The first line is made before the text is tested, so an empty text has one line and no byte consumed.
+TEST(CutString, EmptyTextMakesOneEmptyLineAndReturnsFalse)
 {
     QorString text;
     Array<QorString> lines;
     lines.Append(QorString("old"));
-    EXPECT_TRUE(CutString(text, lines, 8, 0));
-    EXPECT_EQ(lines.GetSize(), 0u);
+    EXPECT_FALSE(CutString(text, lines, 4, 0));
+    ASSERT_EQ(lines.GetSize(), 1u);
+    EXPECT_TRUE(lines[0].IsEmpty());
+}
+
+TEST(CutString, EmptyTextWithWidthZeroAlsoMakesOneEmptyLine)
+{
+    char ok = 1;
+    EXPECT_EQ(Cut("", 0, ok), (std::vector<std::string>{""}));
+    EXPECT_FALSE(ok);
 }
 
 TEST(CutString, FlagHasNoEffect)

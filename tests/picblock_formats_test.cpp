@@ -562,9 +562,25 @@ TEST(QorPicBlockFix, PictureOfAnotherTypeGetsAZeroedMaskColour)
     EXPECT_EQ(PixelBytes(p), (Bytes{1, 2}));
 }
 
-TEST(QorPicBlockFix, ShortFileOrHugeSizeIsRefused)
+TEST(QorPicBlockFix, ShortFileGivesTheTagsSizeAndCountsTheBytesDelivered)
 {
-    for (const char* text : {"FIX  4 4", "FIX  100000 100000", "FIX  99999999999999999999 2"})
+    QorFile in;
+    OpenWith(in, "in.fix", Bytes(10, 7));
+    QorString sizeText("FIX  4 4");
+    QorPicBlock p = Picture(QorPicBlock::Bit24, 2, 2, {9, 9, 9});
+    EXPECT_EQ(p.LoadFix(in, sizeText), 10u);
+    EXPECT_EQ(in.GetPosition(), 10u);
+    EXPECT_EQ(p.GetColorType(), QorPicBlock::Bit8);
+    EXPECT_EQ(p.GetWidth(), 4);
+    EXPECT_EQ(p.GetHeight(), 4);
+    ASSERT_EQ(p.GetSize(), 16u);
+    const Bytes pixels = PixelBytes(p);
+    EXPECT_EQ(Bytes(pixels.begin(), pixels.begin() + 10), Bytes(10, 7));
+}
+
+TEST(QorPicBlockFix, SizeBeyondThirtyTwoBitsIsRefused)
+{
+    for (const char* text : {"FIX  100000 100000", "FIX  99999999999999999999 2"})
     {
         QorFile in;
         OpenWith(in, "in.fix", Bytes(10, 1));

@@ -9,6 +9,10 @@
 #include <random>
 #include <vector>
 
+#if defined(__x86_64__)
+#include <cpuid.h>
+#endif
+
 namespace
 {
 using qor::detail::SimdLevel;
@@ -346,7 +350,7 @@ TEST(QorPicBlockPaste, VectorRowKernelsMatchScalarAtEveryLength)
     const SimdLevel best = qor::detail::GetBestSimdLevel();
     for (int bpp = 1; bpp <= 4; ++bpp)
         for (int flags = 0; flags < 8; ++flags)
-            for (long n = 0; n < 80; ++n)
+            for (long n = 0; n < 140; ++n)
             {
                 const bool transparent = flags & 1, mirrorX = flags & 2, subtract = flags & 4;
                 unsigned char key[4];
@@ -426,4 +430,157 @@ TEST(QorPicBlockPaste, FillPixelsMatchesAtEveryStartAlignment)
                         std::memcpy(&slow[std::size_t(offset + i * bpp)], colour, std::size_t(bpp));
                     ASSERT_EQ(fast, slow) << "level " << level << " bpp " << bpp << " offset " << offset << " n " << n;
                 }
+}
+
+// Rows whose key pixels come in runs (none, all, long runs) take every branch of the vector steps.
+TEST(QorPicBlockPaste, VectorRowKernelsMatchScalarOnKeyRuns)
+{
+    std::mt19937 rng(7);
+    std::uniform_int_distribution<int> byte(0, 255);
+    const SimdLevel best = qor::detail::GetBestSimdLevel();
+    const unsigned char key[4] = {0x10, 0x20, 0x30, 0x40};
+    for (int bpp = 1; bpp <= 4; ++bpp)
+        for (int flags = 0; flags < 4; ++flags)
+            for (int pattern = 0; pattern < 4; ++pattern)
+                for (long n : {31L, 64L, 65L, 100L, 257L})
+                {
+                    const bool transparent = flags & 1, mirrorX = flags & 2;
+                    std::vector<unsigned char> src(std::size_t(n) * bpp), dst(src.size());
+                    for (auto& b : dst)
+                        b = static_cast<unsigned char>(byte(rng));
+                    for (long i = 0, run = 0; i < n; ++i)
+                    {
+                        const bool isKey = pattern == 1 || (pattern == 2 && (i / 13) % 2 == 0) ||
+                                           (pattern == 3 && (run = (run + byte(rng)) % 5) == 0);
+                        for (int b = 0; b < bpp; ++b)
+                            src[std::size_t(i) * bpp + b] =
+                                isKey ? key[b] : static_cast<unsigned char>(0x80 | byte(rng));
+                        if (isKey && bpp == 4)
+                            src[std::size_t(i) * bpp + 3] = static_cast<unsigned char>(byte(rng));
+                    }
+                    const std::uint32_t packed = qor::detail::PackKey(key, bpp);
+                    const unsigned char* start = mirrorX ? &src[std::size_t(n - 1) * bpp] : src.data();
+                    std::vector<unsigned char> expected = dst;
+                    {
+                        SimdLevelGuard guard(SimdLevel::kScalar);
+                        qor::detail::GetPasteRowKernel(bpp, transparent, mirrorX, false)(expected.data(), start, n,
+                                                                                         packed);
+                    }
+                    for (int level = 1; level <= static_cast<int>(best); ++level)
+                    {
+                        SimdLevelGuard guard(static_cast<SimdLevel>(level));
+                        std::vector<unsigned char> actual = dst;
+                        qor::detail::GetPasteRowKernel(bpp, transparent, mirrorX, false)(actual.data(), start, n,
+                                                                                         packed);
+                        ASSERT_EQ(actual, expected) << "level " << level << " bpp " << bpp << " flags " << flags
+                                                    << " pattern " << pattern << " n " << n;
+                    }
+                }
+}
+
+#if defined(__x86_64__)
+namespace
+{
+// Whether the processor reports which register states are in use (XGETBV with ECX = 1).
+bool CanReadStateInUse()
+{
+    unsigned a = 0, b = 0, c = 0, d = 0;
+    if (!__get_cpuid(1, &a, &b, &c, &d) || !(c & bit_OSXSAVE))
+        return false;
+    __cpuid_count(0xD, 1, a, b, c, d);
+    return (a & (1u << 2)) != 0;
+}
+
+// Bit 2 of the in-use states: the upper halves of the YMM registers hold data. Legacy-encoded SSE code run
+// in that state pays the AVX-to-SSE transition on Intel cores.
+bool UpperYmmDirty()
+{
+    unsigned lo = 0, hi = 0;
+    asm volatile("xgetbv" : "=a"(lo), "=d"(hi) : "c"(1));
+    return (lo & (1u << 2)) != 0;
+}
+
+void ClearUpperYmm()
+{
+    asm volatile("vzeroupper" ::: "memory");
+}
+
+bool AvxProbeUsable()
+{
+    return qor::detail::GetBestSimdLevel() == SimdLevel::kAvx2 && CanReadStateInUse();
+}
+} // namespace
+
+TEST(QorPicBlockPasteSimd, ProbeSeesTheUpperYmmHalvesDirtyAndCleared)
+{
+    if (!AvxProbeUsable())
+        GTEST_SKIP() << "no AVX2 or no XGETBV in-use report on this processor";
+    ClearUpperYmm();
+    EXPECT_FALSE(UpperYmmDirty());
+    asm volatile("vpcmpeqd %%ymm15, %%ymm15, %%ymm15" ::: "xmm15");
+    const bool dirty = UpperYmmDirty();
+    ClearUpperYmm();
+    EXPECT_TRUE(dirty);
+    EXPECT_FALSE(UpperYmmDirty());
+}
+
+// Every kernel of the AVX2 level, at every row length class, and the fill leave the upper halves clear, so
+// the caller's legacy-encoded SSE code never runs with them dirty.
+TEST(QorPicBlockPasteSimd, EveryAvx2KernelAndTheFillReturnWithTheUpperYmmHalvesClear)
+{
+    if (!AvxProbeUsable())
+        GTEST_SKIP() << "no AVX2 or no XGETBV in-use report on this processor";
+    SimdLevelGuard guard(SimdLevel::kAvx2);
+    std::vector<unsigned char> src(4 * 300, 0x5A), dst(4 * 300, 0xA5);
+    int checked = 0;
+    for (int bpp = 1; bpp <= 4; ++bpp)
+        for (int flags = 0; flags < 8; ++flags)
+            for (long n : {0L, 3L, 9L, 17L, 40L, 100L, 299L})
+            {
+                const bool transparent = flags & 1, mirrorX = flags & 2, subtract = flags & 4;
+                const unsigned char* start = mirrorX ? &src[std::size_t(n > 0 ? n - 1 : 0) * bpp] : src.data();
+                const qor::detail::PasteRowKernel kernel =
+                    qor::detail::GetPasteRowKernel(bpp, transparent, mirrorX, subtract);
+                ClearUpperYmm();
+                kernel(dst.data(), start, n, 0x5A5A5A5Au);
+                const bool dirty = UpperYmmDirty();
+                ASSERT_FALSE(dirty) << "bpp " << bpp << " flags " << flags << " n " << n;
+                ++checked;
+            }
+    const unsigned char colour[4] = {1, 2, 3, 4};
+    for (int bpp = 1; bpp <= 4; ++bpp)
+        for (long n : {1L, 50L, 299L})
+        {
+            ClearUpperYmm();
+            qor::detail::FillPixels(dst.data(), n, colour, bpp);
+            const bool dirty = UpperYmmDirty();
+            ASSERT_FALSE(dirty) << "fill bpp " << bpp << " n " << n;
+            ++checked;
+        }
+    EXPECT_EQ(checked, 4 * 8 * 7 + 4 * 3);
+}
+#endif
+
+// A row of 8k + 9 pixels leaves nine after the vector loop: each of them is still written.
+TEST(QorPicBlockPaste, TwentyFourBitKeyedRowsWithNineLeftOverWriteEveryPixel)
+{
+    const unsigned char key[3] = {1, 2, 3};
+    for (int level = 0; level <= static_cast<int>(qor::detail::GetBestSimdLevel()); ++level)
+        for (bool mirrorX : {false, true})
+            for (long n : {17L, 25L, 65L, 641L})
+            {
+                SimdLevelGuard guard(static_cast<SimdLevel>(level));
+                std::vector<unsigned char> src(std::size_t(n) * 3), dst(src.size(), 0);
+                for (std::size_t i = 0; i < src.size(); ++i)
+                    src[i] = static_cast<unsigned char>(0x80 | (i * 7));
+                const unsigned char* start = mirrorX ? &src[std::size_t(n - 1) * 3] : src.data();
+                qor::detail::GetPasteRowKernel(3, true, mirrorX, false)(dst.data(), start, n,
+                                                                         qor::detail::PackKey(key, 3));
+                for (long x = 0; x < n; ++x)
+                {
+                    const long from = mirrorX ? n - 1 - x : x;
+                    ASSERT_EQ(0, std::memcmp(&dst[std::size_t(x) * 3], &src[std::size_t(from) * 3], 3))
+                        << "level " << level << " mirror " << mirrorX << " n " << n << " pixel " << x;
+                }
+            }
 }

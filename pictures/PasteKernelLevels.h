@@ -11,9 +11,19 @@
 namespace qor::detail
 {
 using PasteRowKernel = void (*)(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key);
+/// The row kernel run over rows rows, the pointers stepping by their pitches: one call per paste, so the
+/// set-up of a kernel (key and constants in registers) is paid once, not once a row.
+using PasteBlockKernel = void (*)(unsigned char* dst, std::ptrdiff_t dstPitch, const unsigned char* src,
+                                  std::ptrdiff_t srcPitch, long n, long rows, std::uint32_t key);
+
+struct KernelSlot
+{
+    PasteRowKernel row;
+    PasteBlockKernel block;
+};
 
 // Index: [bytes per pixel - 1][transparent][mirrorX][subtract].
-using KernelTable = PasteRowKernel[4][2][2][2];
+using KernelTable = KernelSlot[4][2][2][2];
 
 /// Puts the SSE2 kernels into a table already holding the scalar ones.
 void SetSse2Kernels(KernelTable& table);

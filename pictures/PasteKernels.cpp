@@ -16,14 +16,14 @@ template <int Bpp>
 void FillScalar(KernelTable& table)
 {
     auto& t = table[Bpp - 1];
-    t[0][0][0] = RowScalar<Bpp, false, false, false>;
-    t[0][0][1] = RowScalar<Bpp, false, false, true>;
-    t[0][1][0] = RowScalar<Bpp, false, true, false>;
-    t[0][1][1] = RowScalar<Bpp, false, true, true>;
-    t[1][0][0] = RowScalar<Bpp, true, false, false>;
-    t[1][0][1] = RowScalar<Bpp, true, false, true>;
-    t[1][1][0] = RowScalar<Bpp, true, true, false>;
-    t[1][1][1] = RowScalar<Bpp, true, true, true>;
+    t[0][0][0] = SlotOf<RowScalar<Bpp, false, false, false>>();
+    t[0][0][1] = SlotOf<RowScalar<Bpp, false, false, true>>();
+    t[0][1][0] = SlotOf<RowScalar<Bpp, false, true, false>>();
+    t[0][1][1] = SlotOf<RowScalar<Bpp, false, true, true>>();
+    t[1][0][0] = SlotOf<RowScalar<Bpp, true, false, false>>();
+    t[1][0][1] = SlotOf<RowScalar<Bpp, true, false, true>>();
+    t[1][1][0] = SlotOf<RowScalar<Bpp, true, true, false>>();
+    t[1][1][1] = SlotOf<RowScalar<Bpp, true, true, true>>();
 }
 
 struct Tables
@@ -96,7 +96,15 @@ PasteRowKernel GetPasteRowKernel(int bytesPerPixel, bool transparent, bool mirro
     if (bytesPerPixel < 1 || bytesPerPixel > 4)
         return nullptr;
     const int level = static_cast<int>(CurrentLevel());
-    return GetTables().byLevel[level][bytesPerPixel - 1][transparent][mirrorX][subtract];
+    return GetTables().byLevel[level][bytesPerPixel - 1][transparent][mirrorX][subtract].row;
+}
+
+PasteBlockKernel GetPasteBlockKernel(int bytesPerPixel, bool transparent, bool mirrorX, bool subtract)
+{
+    if (bytesPerPixel < 1 || bytesPerPixel > 4)
+        return nullptr;
+    const int level = static_cast<int>(CurrentLevel());
+    return GetTables().byLevel[level][bytesPerPixel - 1][transparent][mirrorX][subtract].block;
 }
 
 std::uint32_t PackKey(const unsigned char* key, int bytesPerPixel)

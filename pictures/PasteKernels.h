@@ -29,6 +29,8 @@ SimdLevel SetSimdLevel(SimdLevel level);
 
 /// The row kernel for bytesPerPixel (1 to 4) and the flags; subtract only matters at 2 bytes.
 PasteRowKernel GetPasteRowKernel(int bytesPerPixel, bool transparent, bool mirrorX, bool subtract);
+/// The same kernel over a block of rows.
+PasteBlockKernel GetPasteBlockKernel(int bytesPerPixel, bool transparent, bool mirrorX, bool subtract);
 
 /// The key bytes (bytesPerPixel of them) packed as a pixel is loaded, with the fourth byte of a 32-bit key
 /// masked off: rows compare (pixel & GetKeyMask(4)) against it.

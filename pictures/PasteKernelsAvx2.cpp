@@ -279,32 +279,30 @@ void Keyed24(unsigned char* dst, const unsigned char* src, long n, std::uint32_t
         last(n - 8);
 }
 
-// The table's entries: the kernel, then the upper halves cleared for the caller.
-template <PasteRowKernel Kernel>
-void Entry(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+// Every entry point clears the upper halves for its caller.
+void ClearUpper()
 {
-    Kernel(dst, src, n, key);
     _mm256_zeroupper();
 }
 
-// Subtract only changes 16-bit pastes, so the vector kernels fill both subtract slots.
-void SetBoth(PasteRowKernel (&slots)[2], PasteRowKernel kernel)
+template <PasteRowKernel Kernel>
+constexpr KernelSlot Slot()
 {
-    slots[0] = slots[1] = kernel;
+    return SlotOf<Kernel, ClearUpper>();
 }
 } // namespace
 
 void SetAvx2Kernels(KernelTable& t)
 {
-    SetBoth(t[0][1][0], Entry<Keyed8>);
-    SetBoth(t[0][0][1], Entry<Mirror8<false>>);
-    SetBoth(t[0][1][1], Entry<Mirror8<true>>);
-    t[1][1][0][0] = Entry<Keyed16>;
-    SetBoth(t[2][1][0], Entry<Keyed24<false>>);
-    SetBoth(t[2][1][1], Entry<Keyed24<true>>);
-    SetBoth(t[3][1][0], Entry<Keyed32>);
-    SetBoth(t[3][0][1], Entry<Mirror32<false>>);
-    SetBoth(t[3][1][1], Entry<Mirror32<true>>);
+    SetBoth(t[0][1][0], Slot<Keyed8>());
+    SetBoth(t[0][0][1], Slot<Mirror8<false>>());
+    SetBoth(t[0][1][1], Slot<Mirror8<true>>());
+    t[1][1][0][0] = Slot<Keyed16>();
+    SetBoth(t[2][1][0], Slot<Keyed24<false>>());
+    SetBoth(t[2][1][1], Slot<Keyed24<true>>());
+    SetBoth(t[3][1][0], Slot<Keyed32>());
+    SetBoth(t[3][0][1], Slot<Mirror32<false>>());
+    SetBoth(t[3][1][1], Slot<Mirror32<true>>());
 }
 
 // Stores a 96-byte pattern (a whole number of pixels at every depth) over and over, with aligned stores:

@@ -75,20 +75,15 @@ void Mirror32(unsigned char* dst, const unsigned char* src, long n, std::uint32_
     });
 }
 
-// Subtract only changes 16-bit pastes, so the vector kernels fill both subtract slots elsewhere.
-void SetBoth(PasteRowKernel (&slots)[2], PasteRowKernel kernel)
-{
-    slots[0] = slots[1] = kernel;
-}
 } // namespace
 
 void SetSse2Kernels(KernelTable& t)
 {
-    SetBoth(t[0][1][0], Keyed8);
-    t[1][1][0][0] = Keyed16;
-    SetBoth(t[3][1][0], Keyed32);
-    SetBoth(t[3][0][1], Mirror32<false>);
-    SetBoth(t[3][1][1], Mirror32<true>);
+    SetBoth(t[0][1][0], SlotOf<Keyed8>());
+    t[1][1][0][0] = SlotOf<Keyed16>();
+    SetBoth(t[3][1][0], SlotOf<Keyed32>());
+    SetBoth(t[3][0][1], SlotOf<Mirror32<false>>());
+    SetBoth(t[3][1][1], SlotOf<Mirror32<true>>());
 }
 } // namespace qor::detail
 #endif

@@ -5,6 +5,9 @@
 // set, so a vector kernel's tail stays at its level and no copy built for AVX2 is shared with other units.
 // Only the C library and these templates may be used here (no std:: inline functions, which would be shared).
 
+#include "PasteKernelLevels.h"
+
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -68,6 +71,37 @@ inline void RowScalar(unsigned char* dst, const unsigned char* src, long n, std:
             }
         }
     }
+}
+
+// A row kernel over a block of rows; Leave runs once at the end (the AVX2 unit clears the upper YMM halves).
+inline void NothingToLeave() {}
+
+template <PasteRowKernel Kernel, void (*Leave)() = NothingToLeave>
+void BlockOf(unsigned char* dst, std::ptrdiff_t dstPitch, const unsigned char* src, std::ptrdiff_t srcPitch, long n,
+             long rows, std::uint32_t key)
+{
+    for (long r = 0; r < rows; ++r, dst += dstPitch, src += srcPitch)
+        Kernel(dst, src, n, key);
+    Leave();
+}
+
+template <PasteRowKernel Kernel, void (*Leave)() = NothingToLeave>
+void RowOf(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
+{
+    Kernel(dst, src, n, key);
+    Leave();
+}
+
+template <PasteRowKernel Kernel, void (*Leave)() = NothingToLeave>
+constexpr KernelSlot SlotOf()
+{
+    return KernelSlot{RowOf<Kernel, Leave>, BlockOf<Kernel, Leave>};
+}
+
+// Subtract only changes 16-bit pastes: vector kernels of other depths fill both subtract slots.
+inline void SetBoth(KernelSlot (&slots)[2], KernelSlot slot)
+{
+    slots[0] = slots[1] = slot;
 }
 
 // Runs step(i) over the n pixels in blocks of W, the last block moved back so that it ends at n. Pixels done

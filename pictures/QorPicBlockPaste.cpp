@@ -173,8 +173,8 @@ char QorPicBlock::PasteRows(const QorPicBlock& src, int bpp, long dx, long dy, l
         }
         else
         {
-            for (long r = from; r <= to; ++r, d += dstPitch, s += srcStep)
-                kernel(d, s, n, key);
+            qor::detail::GetPasteBlockKernel(bpp, transparent != 0, mirrorX != 0, subtract != 0)(
+                d, std::ptrdiff_t(dstPitch), s, srcStep, n, to - from + 1, key);
         }
     }
 

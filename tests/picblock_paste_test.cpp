@@ -545,6 +545,12 @@ TEST(QorPicBlockPasteSimd, EveryAvx2KernelAndTheFillReturnWithTheUpperYmmHalvesC
                 kernel(dst.data(), start, n, 0x5A5A5A5Au);
                 const bool dirty = UpperYmmDirty();
                 ASSERT_FALSE(dirty) << "bpp " << bpp << " flags " << flags << " n " << n;
+                const qor::detail::PasteBlockKernel block =
+                    qor::detail::GetPasteBlockKernel(bpp, transparent, mirrorX, subtract);
+                ClearUpperYmm();
+                block(dst.data(), 0, start, 0, n, 2, 0x5A5A5A5Au);
+                const bool blockDirty = UpperYmmDirty();
+                ASSERT_FALSE(blockDirty) << "block bpp " << bpp << " flags " << flags << " n " << n;
                 ++checked;
             }
     const unsigned char colour[4] = {1, 2, 3, 4};
@@ -582,5 +588,37 @@ TEST(QorPicBlockPaste, TwentyFourBitKeyedRowsWithNineLeftOverWriteEveryPixel)
                     ASSERT_EQ(0, std::memcmp(&dst[std::size_t(x) * 3], &src[std::size_t(from) * 3], 3))
                         << "level " << level << " mirror " << mirrorX << " n " << n << " pixel " << x;
                 }
+            }
+}
+
+// A block kernel is its row kernel over each row, the pointers stepping by their pitches (negative too).
+TEST(QorPicBlockPaste, BlockKernelsMatchTheirRowKernelRowByRow)
+{
+    std::mt19937 rng(5);
+    std::uniform_int_distribution<int> byte(0, 255);
+    const long n = 37, rows = 5, dstPitch = 45, srcPitch = 41;
+    for (int level = 0; level <= static_cast<int>(qor::detail::GetBestSimdLevel()); ++level)
+        for (int bpp = 1; bpp <= 4; ++bpp)
+            for (int flags = 0; flags < 8; ++flags)
+            {
+                SimdLevelGuard guard(static_cast<SimdLevel>(level));
+                const bool transparent = flags & 1, mirrorX = flags & 2, subtract = flags & 4;
+                std::vector<unsigned char> src(std::size_t(srcPitch * rows) * bpp), dst(std::size_t(dstPitch * rows) * bpp);
+                for (auto& b : src)
+                    b = static_cast<unsigned char>(byte(rng) % 3 == 0 ? 7 : byte(rng));
+                for (auto& b : dst)
+                    b = static_cast<unsigned char>(byte(rng));
+                const unsigned char key[4] = {7, 7, 7, 7};
+                const std::uint32_t packed = qor::detail::PackKey(key, bpp);
+                std::vector<unsigned char> expected = dst, actual = dst;
+                // Source rows bottom-up, as a vertically mirrored paste reads them.
+                const std::ptrdiff_t srcStep = -std::ptrdiff_t(srcPitch) * bpp;
+                const unsigned char* s0 = &src[std::size_t((rows - 1) * srcPitch + (mirrorX ? n - 1 : 0)) * bpp];
+                for (long r = 0; r < rows; ++r)
+                    qor::detail::GetPasteRowKernel(bpp, transparent, mirrorX, subtract)(
+                        &expected[std::size_t(r * dstPitch) * bpp], s0 + r * srcStep, n, packed);
+                qor::detail::GetPasteBlockKernel(bpp, transparent, mirrorX, subtract)(
+                    actual.data(), std::ptrdiff_t(dstPitch) * bpp, s0, srcStep, n, rows, packed);
+                ASSERT_EQ(actual, expected) << "level " << level << " bpp " << bpp << " flags " << flags;
             }
 }

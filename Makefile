@@ -24,8 +24,9 @@ demo: deps
 
 bench: deps
 	cmake --preset release
-	cmake --build --preset release -j $(JOBS) --target qor_bench
+	cmake --build --preset release -j $(JOBS) --target qor_bench qor_bench_sdl
 	build/release/bench/qor_bench
+	build/release/bench/qor_bench_sdl
 
 fuzz: deps
 	cmake --preset fuzz

@@ -198,8 +198,11 @@ void QorOffScreenBuffer::PresentDeviceBitmap(CDC& dc, long x, long y, long w, lo
     const stBitmapDesc& info = main->bitmapInfo;
     const BITMAP description = {info.type,   info.width,     info.height, info.widthBytes,
                                 info.planes, info.bitsPixel, info.bits};
+    // The main picture is shown in place unless the draw hook will draw on it: the hook draws on a copy,
+    // so that what it draws is shown but never kept in the picture.
+    const bool drawsOnTop = m_drawHook && m_integration;
     CBitmap bitmap;
-    if (!bitmap.CreateBitmapIndirect(&description))
+    if (!(drawsOnTop ? bitmap.CreateBitmapIndirect(&description) : bitmap.CreateBitmapOver(&description)))
         return;
     CDC memory;
     if (!memory.CreateCompatibleDC(&dc))

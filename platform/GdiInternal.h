@@ -68,9 +68,12 @@ struct BitmapObject : GdiObject
     bool systemIndices = false;
     bool monochrome = false;
     std::unique_ptr<unsigned char[]> bits;
+    /// Pixels the bitmap views without owning them (QorCreateBitmapOver); bits is then empty.
+    unsigned char* external = nullptr;
     RGBQUAD table[256] = {};
     int tableSize = 0;
 
+    unsigned char* Data() { return external ? external : bits.get(); }
     PixelView View();
 };
 

@@ -8,6 +8,7 @@
 class CWnd;
 
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace qor::detail
@@ -20,9 +21,21 @@ struct WindowRecord
     std::unique_ptr<QorWindowPort> port;
     long width = 0;
     long height = 0;
-    /// width x height pixels of 4 bytes (blue, green, red, unused), rows width * 4 bytes apart.
-    std::vector<unsigned char> frame;
+    /// width x height pixels of 4 bytes (blue, green, red, unused), rows width * 4 bytes apart: the port's
+    /// own frame when it has one, else ownFrame.
+    unsigned char* frame = nullptr;
+    std::vector<unsigned char> ownFrame;
+    /// The input method's composition in progress: Big5 text and the cursor's byte offset.
+    bool composing = false;
+    std::string composition;
+    long compositionCursor = 0;
 };
+
+/// The messages a change of window's composition becomes (start, change, end when the text is empty),
+/// with the composition kept for ImmGetCompositionStringA. text is UTF-8, cursor counts its characters.
+void ComposeMessages(HWND window, const char* utf8, long cursor, std::vector<MSG>& out);
+/// Ends window's composition in progress, if any (committed text follows as characters).
+void EndComposition(HWND window, std::vector<MSG>& out);
 
 /// The live window a handle names, or null.
 WindowRecord* FindWindowRecord(HWND window);

@@ -378,7 +378,7 @@ int GetObjectA(HGDIOBJ object, int size, void* buffer)
                               LONG(bitmap->pitch),
                               1,
                               WORD(bitmap->bitsPerPixel),
-                              bitmap->dibSection ? bitmap->bits.get() : nullptr};
+                              bitmap->dibSection ? bitmap->Data() : nullptr};
         std::memcpy(buffer, &description, sizeof(description));
         return sizeof(BITMAP);
     }
@@ -439,6 +439,25 @@ HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, cons
     BITMAP description = {
         0, width, height, ((width * LONG(bitsPerPixel) + 15) / 16) * 2, 1, WORD(bitsPerPixel), const_cast<void*>(bits)};
     return CreateBitmapIndirect(&description);
+}
+
+HBITMAP QorCreateBitmapOver(const BITMAP* description)
+{
+    if (!description || !description->bmBits || description->bmPlanes != 1 || description->bmWidth < 1 ||
+        description->bmHeight < 1 || description->bmWidth > kMaxBitmapSide || description->bmHeight > kMaxBitmapSide ||
+        !ValidDepth(description->bmBitsPixel))
+        return nullptr;
+    const long rowBytes = (long(description->bmWidth) * description->bmBitsPixel + 7) / 8;
+    if (description->bmWidthBytes < rowBytes)
+        return nullptr;
+    auto bitmap = std::make_unique<BitmapObject>();
+    bitmap->width = description->bmWidth;
+    bitmap->height = description->bmHeight;
+    bitmap->bitsPerPixel = description->bmBitsPixel;
+    bitmap->pitch = description->bmWidthBytes;
+    bitmap->external = static_cast<unsigned char*>(description->bmBits);
+    MakeDeviceDependent(*bitmap);
+    return reinterpret_cast<HBITMAP>(State().Add(std::move(bitmap)));
 }
 
 HBITMAP CreateBitmapIndirect(const BITMAP* description)
@@ -848,6 +867,11 @@ BOOL CBitmap::CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel
 BOOL CBitmap::CreateBitmapIndirect(const BITMAP* description)
 {
     return Attach(::CreateBitmapIndirect(description));
+}
+
+BOOL CBitmap::CreateBitmapOver(const BITMAP* description)
+{
+    return Attach(::QorCreateBitmapOver(description));
 }
 
 BOOL CBitmap::CreateCompatibleBitmap(CDC* dc, int width, int height)

@@ -52,6 +52,10 @@ int GetDeviceCaps(HDC dc, int index);
 HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, const void* bits);
 /// The same from a description; bmBits rows are bmWidthBytes apart.
 HBITMAP CreateBitmapIndirect(const BITMAP* description);
+/// A device-dependent bitmap over description's bits (rows bmWidthBytes apart), without a copy: transfers
+/// read them in place and drawing into the bitmap changes them.
+/// \note The caller keeps the bits alive, and their size unchanged, until the bitmap is deleted.
+HBITMAP QorCreateBitmapOver(const BITMAP* description);
 /// A bitmap in the format of dc's surface: 32 bits for a window, the selected bitmap's format otherwise.
 HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height);
 /// A device-independent section of 1, 8, 16, 24 or 32 bits (BI_RGB) whose pixels the caller reaches through
@@ -186,6 +190,8 @@ public:
     operator HBITMAP() const { return static_cast<HBITMAP>(m_hObject); }
     BOOL CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, const void* bits);
     BOOL CreateBitmapIndirect(const BITMAP* description);
+    /// QorCreateBitmapOver: a bitmap viewing the caller's bits.
+    BOOL CreateBitmapOver(const BITMAP* description);
     BOOL CreateCompatibleBitmap(CDC* dc, int width, int height);
     int GetBitmap(BITMAP* description) const;
     static CBitmap* FromHandle(HBITMAP bitmap);

@@ -178,7 +178,7 @@ PixelView BitmapObject::View()
 {
     PixelView view;
     view.pitch = bottomUp ? -pitch : pitch;
-    view.top = bits.get() + (bottomUp ? pitch * (height - 1) : 0);
+    view.top = Data() + (bottomUp ? pitch * (height - 1) : 0);
     view.width = width;
     view.height = height;
     view.bitsPerPixel = bitsPerPixel;
@@ -323,6 +323,60 @@ RECT FillValue(const PixelView& view, long left, long top, long right, long bott
     return RECT{LONG(left), LONG(top), LONG(right), LONG(bottom)};
 }
 
+// Rows into a 32-bit surface, the shapes every presentation takes: one pass, no per-pixel format switch.
+// Eight palette indices are read at once and their colours stored two by two.
+void Row8To32(unsigned char* out, const unsigned char* in, long n, const std::uint32_t* table)
+{
+    long k = 0;
+    for (; k + 8 <= n; k += 8)
+    {
+        std::uint64_t indices;
+        std::memcpy(&indices, in + k, 8);
+        for (int pair = 0; pair < 4; ++pair, indices >>= 16)
+        {
+            const std::uint64_t two =
+                table[indices & 0xFF] | std::uint64_t(table[(indices >> 8) & 0xFF]) << 32;
+            std::memcpy(out + (k + 2 * pair) * 4, &two, 8);
+        }
+    }
+    for (; k < n; ++k)
+        std::memcpy(out + k * 4, &table[in[k]], 4);
+}
+
+// X1R5G5B5 splits into a colour part from each byte: the values of the low and the high byte are ORed.
+void Row16To32(unsigned char* out, const unsigned char* in, long n, const std::uint32_t* low,
+               const std::uint32_t* high)
+{
+    for (long k = 0; k < n; ++k)
+    {
+        const std::uint32_t value = low[in[2 * k]] | high[in[2 * k + 1]];
+        std::memcpy(out + k * 4, &value, 4);
+    }
+}
+
+// Four pixels (twelve bytes) at a time through two words, stored as two 8-byte pairs; the rest one by one.
+void Row24To32(unsigned char* out, const unsigned char* in, long n)
+{
+    long k = 0;
+    for (; k + 4 <= n; k += 4)
+    {
+        std::uint64_t a;
+        std::uint32_t b;
+        std::memcpy(&a, in + 3 * k, 8);
+        std::memcpy(&b, in + 3 * k + 8, 4);
+        const std::uint64_t p0 = a & 0xFFFFFF, p1 = (a >> 24) & 0xFFFFFF;
+        const std::uint64_t p2 = ((a >> 48) | (std::uint64_t(b) << 16)) & 0xFFFFFF, p3 = b >> 8;
+        const std::uint64_t first = p0 | p1 << 32, second = p2 | p3 << 32;
+        std::memcpy(out + k * 4, &first, 8);
+        std::memcpy(out + k * 4 + 8, &second, 8);
+    }
+    for (; k < n; ++k)
+    {
+        const std::uint32_t value = in[3 * k] | std::uint32_t(in[3 * k + 1]) << 8 | std::uint32_t(in[3 * k + 2]) << 16;
+        std::memcpy(out + k * 4, &value, 4);
+    }
+}
+
 RECT Transfer(const PixelView& dst, long dx, long dy, long dw, long dh, const PixelView& srcIn, long sx, long sy,
               long sw, long sh, DWORD rop, const TransferColours& colours)
 {
@@ -390,6 +444,19 @@ RECT Transfer(const PixelView& dst, long dx, long dy, long dw, long dh, const Pi
     long writtenTop = y1;
     long writtenBottom = y0;
 
+    // A whole-row conversion into a 32-bit surface: 8-bit through the value table, 16 and 24 bits direct.
+    const bool rowsInto32 = oneToOne && rop == SRCCOPY && dst.bitsPerPixel == 32 &&
+                            ((src.bitsPerPixel == 8 && convert.Table()) || src.bitsPerPixel == 16 ||
+                             src.bitsPerPixel == 24);
+    std::uint32_t low[256];
+    std::uint32_t high[256];
+    if (rowsInto32 && src.bitsPerPixel == 16)
+        for (std::uint32_t b = 0; b < 256; ++b)
+        {
+            low[b] = EncodeColour(dst, DecodeColour(src, b));
+            high[b] = EncodeColour(dst, DecodeColour(src, b << 8));
+        }
+
     std::vector<long> columns(static_cast<std::size_t>(x1 - x0));
     for (long i = x0; i < x1; ++i)
     {
@@ -424,37 +491,44 @@ RECT Transfer(const PixelView& dst, long dx, long dy, long dw, long dh, const Pi
             }
             continue;
         }
-        // An 8-bit palette source into a 32-bit surface (every 8-bit frame shown in a window): one table
-        // look-up per pixel, no per-pixel format switches.
+        // Into a 32-bit surface (every frame shown in a window): whole rows in one pass.
         const std::uint32_t* table = convert.Table();
+        if (rowsInto32)
+        {
+            // Source columns sx + k: the valid ones are one run.
+            const long first = std::max(x0, -sx);
+            const long last = std::min(x1, src.width - sx);
+            if (first < last)
+            {
+                unsigned char* out = RowOf(dst, dstY) + (dx + first) * 4;
+                const unsigned char* in = RowOf(src, srcY) + (sx + first) * (src.bitsPerPixel / 8);
+                if (src.bitsPerPixel == 8)
+                    Row8To32(out, in, last - first, table);
+                else if (src.bitsPerPixel == 16)
+                    Row16To32(out, in, last - first, low, high);
+                else
+                    Row24To32(out, in, last - first);
+                writtenLeft = std::min(writtenLeft, first);
+                writtenRight = std::max(writtenRight, last);
+                writtenTop = std::min(writtenTop, i);
+                writtenBottom = std::max(writtenBottom, i + 1);
+            }
+            continue;
+        }
+        // An 8-bit palette source into a 32-bit surface, stretched or mirrored: one table look-up per pixel.
         if (table && rop == SRCCOPY && src.bitsPerPixel == 8 && dst.bitsPerPixel == 32)
         {
             const unsigned char* srcRow = RowOf(src, srcY);
             unsigned char* dstRow = RowOf(dst, dstY) + dx * 4;
             long first = x1, last = x0;
-            if (oneToOne)
+            for (long k = x0; k < x1; ++k)
             {
-                // Source columns sx + k: the valid ones are one run.
-                first = std::max(x0, -sx);
-                last = std::min(x1, src.width - sx);
-                const unsigned char* in = srcRow + sx;
-                for (long k = first; k < last; ++k)
-                {
-                    const std::uint32_t value = table[in[k]];
-                    std::memcpy(dstRow + k * 4, &value, 4);
-                }
-            }
-            else
-            {
-                for (long k = x0; k < x1; ++k)
-                {
-                    const long srcX = columns[static_cast<std::size_t>(k - x0)];
-                    if (srcX < 0 || srcX >= src.width)
-                        continue;
-                    std::memcpy(dstRow + k * 4, &table[srcRow[srcX]], 4);
-                    first = std::min(first, k);
-                    last = k + 1;
-                }
+                const long srcX = columns[static_cast<std::size_t>(k - x0)];
+                if (srcX < 0 || srcX >= src.width)
+                    continue;
+                std::memcpy(dstRow + k * 4, &table[srcRow[srcX]], 4);
+                first = std::min(first, k);
+                last = k + 1;
             }
             if (first < last)
             {

@@ -10,15 +10,28 @@
 #include <string>
 #include <vector>
 
-/// A headless window: the frame as last presented.
+/// A headless window: the frame as last presented. Windows draw straight into it (presenting copies
+/// nothing); every drawing call presents what it changed at once.
 class QorHeadlessWindowPort : public QorWindowPort
 {
 public:
     char Open(long width, long height, const char* title) override;
     void Close() override { m_open = false; }
     void SetTitle(const char* title) override { m_title = title ? title : ""; }
-    /// Copies the area into the presented frame and counts the present.
+    /// Counts the present of the area; a frame other than the port's own is copied in first.
     char Present(long x, long y, long w, long h, const unsigned char* frame, long pitch) override;
+    unsigned char* GetFrame() override { return m_frame.empty() ? nullptr : m_frame.data(); }
+    /// The headless output is the client area itself: every mode shows it 1:1.
+    RECT GetViewport() override { return RECT{0, 0, LONG(m_width), LONG(m_height)}; }
+    char SetFullscreen(bool fullscreen) override
+    {
+        m_fullscreen = fullscreen;
+        return 1;
+    }
+    char IsFullscreen() override { return m_fullscreen; }
+    void SetTextInputArea(const RECT& area) override { m_textInputArea = area; }
+    /// The caret area the program last gave the input method (client coordinates).
+    RECT GetTextInputArea() const { return m_textInputArea; }
 
     char IsOpen() const { return m_open; }
     long GetWidth() const { return m_width; }
@@ -39,6 +52,8 @@ private:
     std::string m_title;
     unsigned long m_presents = 0;
     RECT m_lastArea = {0, 0, 0, 0};
+    bool m_fullscreen = false;
+    RECT m_textInputArea = {0, 0, 0, 0};
     std::vector<unsigned char> m_frame;
 };
 
@@ -89,14 +104,21 @@ public:
     void InjectKey(HWND window, int virtualKey);
     /// Queues a mouse message at (x, y) of window's client area.
     void InjectMouse(HWND window, UINT message, int x, int y, WPARAM keys = 0);
+    /// Queues a change of the input method's composition, as the SDL2 port's text editing makes it: the
+    /// UTF-8 text with the cursor after cursor characters; an empty text ends the composition.
+    void InjectComposition(HWND window, const char* utf8, long cursor);
     /// Scripted messages not yet delivered.
     std::size_t GetPendingCount() const { return m_script.size(); }
 
 private:
     struct Entry
     {
+        Entry(unsigned long at, const MSG& message) : due(at), msg(message) {}
         unsigned long due;
         MSG msg;
+        bool composition = false;
+        std::string text;
+        long cursor = 0;
     };
     std::deque<Entry> m_script;
 };

@@ -202,7 +202,94 @@ void ForgetWindowMessages(HWND window)
 }
 } // namespace qor::detail
 
+namespace qor::detail
+{
+namespace
+{
+// The byte length of the first count characters of UTF-8 text.
+std::size_t Utf8Prefix(const char* text, long count)
+{
+    std::size_t i = 0;
+    for (long c = 0; text[i] && c < count; ++c)
+        do
+            ++i;
+        while ((static_cast<unsigned char>(text[i]) & 0xC0) == 0x80);
+    return i;
+}
+} // namespace
+
+void ComposeMessages(HWND window, const char* utf8, long cursor, std::vector<MSG>& out)
+{
+    WindowRecord* record = FindWindowRecord(window);
+    if (!record || !utf8)
+        return;
+    const std::string big5 = Utf8ToBig5(utf8, std::strlen(utf8));
+    if (big5.empty())
+    {
+        EndComposition(window, out);
+        return;
+    }
+    if (!record->composing)
+        out.push_back(MSG{window, WM_IME_STARTCOMPOSITION, 0, 0, 0, {0, 0}});
+    record->composing = true;
+    record->composition = big5;
+    // The cursor counts characters; the message's readers count Big5 bytes.
+    const std::size_t prefix = Utf8Prefix(utf8, std::max(cursor, 0L));
+    record->compositionCursor = long(Utf8ToBig5(utf8, prefix).size());
+    out.push_back(MSG{window, WM_IME_COMPOSITION, 0, LPARAM(GCS_COMPSTR | GCS_CURSORPOS), 0, {0, 0}});
+}
+
+void EndComposition(HWND window, std::vector<MSG>& out)
+{
+    WindowRecord* record = FindWindowRecord(window);
+    if (!record || !record->composing)
+        return;
+    record->composing = false;
+    record->composition.clear();
+    record->compositionCursor = 0;
+    out.push_back(MSG{window, WM_IME_ENDCOMPOSITION, 0, 0, 0, {0, 0}});
+}
+} // namespace qor::detail
+
 using namespace qor::detail;
+
+// An input context is its window's handle under another type.
+HIMC ImmGetContext(HWND window)
+{
+    return FindWindowRecord(window) ? reinterpret_cast<HIMC>(window) : nullptr;
+}
+
+BOOL ImmReleaseContext(HWND window, HIMC context)
+{
+    return FindWindowRecord(window) && context == reinterpret_cast<HIMC>(window) ? TRUE : FALSE;
+}
+
+LONG ImmGetCompositionStringA(HIMC context, DWORD index, void* buffer, DWORD size)
+{
+    const WindowRecord* record = FindWindowRecord(reinterpret_cast<HWND>(context));
+    if (!record)
+        return 0;
+    if (index == GCS_CURSORPOS)
+        return LONG(record->compositionCursor);
+    if (index != GCS_COMPSTR)
+        return 0;
+    const std::size_t length = record->composition.size();
+    if (buffer && size > 0)
+        std::memcpy(buffer, record->composition.data(), std::min<std::size_t>(length, size));
+    return LONG(length);
+}
+
+BOOL ImmSetCompositionWindow(HIMC context, const COMPOSITIONFORM* form)
+{
+    WindowRecord* record = FindWindowRecord(reinterpret_cast<HWND>(context));
+    if (!record || !record->port || !form)
+        return FALSE;
+    RECT area = form->rcArea;
+    if (!(form->dwStyle & CFS_RECT))
+        area = RECT{form->ptCurrentPos.x, form->ptCurrentPos.y, form->ptCurrentPos.x + 1, form->ptCurrentPos.y + 1};
+    record->port->SetTextInputArea(area);
+    return TRUE;
+}
 
 BOOL PeekMessageA(MSG* msg, HWND window, UINT first, UINT last, UINT remove)
 {

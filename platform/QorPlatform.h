@@ -3,6 +3,7 @@
 // The platform layer's entry: which port the program runs on, and the clock every port shares.
 // Each port family (video and events, audio) creates its own objects on first use for the port chosen
 // here, so nothing else needs to be wired at start-up.
+#include "platform/QorScaling.h"
 #include "platform/QorWinTypes.h"
 
 #include <memory>
@@ -70,12 +71,39 @@ public:
     /// Shows the area (x, y, w, h) of frame, whose rows (top first) are pitch bytes apart and which is
     /// as large as the client area. 0 when nothing could be shown.
     virtual char Present(long x, long y, long w, long h, const unsigned char* frame, long pitch) = 0;
+    /// The port's own frame (width x height pixels of 4 bytes, no padding), when the port shows a frame
+    /// straight from its memory: windows then draw into it and presenting copies nothing. Null when the
+    /// window keeps a frame of its own and Present copies from it.
+    virtual unsigned char* GetFrame() { return nullptr; }
+    /// How the client area is shown in a drawable area of another size; ports without scaling show it 1:1
+    /// and keep the mode only to report it.
+    virtual void SetScaling(QorScaleMode mode) { m_scaling = mode; }
+    QorScaleMode GetScaling() const { return m_scaling; }
+    /// Where the client area is drawn, in drawable pixels (right and bottom exclusive).
+    virtual RECT GetViewport() { return RECT{0, 0, 0, 0}; }
+    /// The client pixel under window point (x, y); false on the bars around the client area, unless nearest
+    /// asks for the client pixel nearest to the point then.
+    virtual bool PointToClient(long x, long y, long& cx, long& cy, bool nearest = false)
+    {
+        (void)nearest;
+        cx = x;
+        cy = y;
+        return true;
+    }
+    /// Lets the user resize the window; 0 when the port cannot.
+    virtual char SetResizable(bool) { return 0; }
+    /// Fills the screen with the window (or leaves fullscreen); 0 when the port cannot.
+    virtual char SetFullscreen(bool) { return 0; }
+    virtual char IsFullscreen() { return 0; }
+    /// Places the input method's candidate window by the caret area (client coordinates).
+    virtual void SetTextInputArea(const RECT&) {}
     /// The window handle the port's events name.
     void SetHandle(HWND window) { m_window = window; }
     HWND GetHandle() const { return m_window; }
 
 private:
     HWND m_window = nullptr;
+    QorScaleMode m_scaling = QorScaleMode::kOneToOne;
 };
 
 /// The display: windows, its size, message boxes and text input.

@@ -90,6 +90,7 @@ typedef struct HFONT__* HFONT;
 typedef struct HBRUSH__* HBRUSH;
 typedef struct HPEN__* HPEN;
 typedef struct HKL__* HKL;
+typedef struct HIMC__* HIMC;
 typedef void* HANDLE;
 
 /// A window procedure: receives the messages dispatched or sent to its window.
@@ -285,6 +286,9 @@ enum : UINT
     WM_KEYUP = 0x0101,
     WM_CHAR = 0x0102,
     WM_KEYLAST = 0x0109,
+    WM_IME_STARTCOMPOSITION = 0x010D,
+    WM_IME_ENDCOMPOSITION = 0x010E,
+    WM_IME_COMPOSITION = 0x010F,
     WM_TIMER = 0x0113,
     WM_MOUSEFIRST = 0x0200,
     WM_MOUSEMOVE = 0x0200,
@@ -502,4 +506,24 @@ enum : int
 enum : DWORD
 {
     IME_THOTKEY_IME_NONIME_TOGGLE = 0x70,
+};
+
+// Input-method composition: what ImmGetCompositionStringA reads, and the caret area of
+// ImmSetCompositionWindow.
+enum : DWORD
+{
+    GCS_COMPSTR = 0x0008,
+    GCS_CURSORPOS = 0x0080,
+    GCS_RESULTSTR = 0x0800,
+    CFS_DEFAULT = 0x0000,
+    CFS_RECT = 0x0001,
+    CFS_POINT = 0x0002,
+    CFS_FORCE_POSITION = 0x0020,
+};
+
+struct COMPOSITIONFORM
+{
+    DWORD dwStyle;
+    POINT ptCurrentPos;
+    RECT rcArea;
 };

@@ -54,7 +54,7 @@ WindowRecord* FindWindowRecord(HWND window)
 PixelView FrameView(WindowRecord& window)
 {
     PixelView view;
-    view.top = window.frame.data();
+    view.top = window.frame;
     view.pitch = window.width * 4;
     view.width = window.width;
     view.height = window.height;
@@ -70,7 +70,7 @@ void PresentArea(WindowRecord& window, const RECT& area)
     const long bottom = std::min<long>(area.bottom, window.height);
     if (!window.port || left >= right || top >= bottom)
         return;
-    window.port->Present(left, top, right - left, bottom - top, window.frame.data(), window.width * 4);
+    window.port->Present(left, top, right - left, bottom - top, window.frame, window.width * 4);
 }
 
 void RepaintWindow(HWND window)
@@ -155,7 +155,13 @@ BOOL CWnd::Create(const char* title, int width, int height)
         return FALSE;
     record->width = width;
     record->height = height;
-    record->frame.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, 0);
+    // Drawing goes straight into the port's frame where it has one: presenting is then one pass.
+    record->frame = record->port->GetFrame();
+    if (!record->frame)
+    {
+        record->ownFrame.assign(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4, 0);
+        record->frame = record->ownFrame.data();
+    }
     record->owner = this;
     // Handles look like the pointers they stand for and are never reused.
     WindowTable& table = Windows();
@@ -247,3 +253,61 @@ WNDPROC CWnd::SetWindowProc(WNDPROC procedure)
 {
     return std::exchange(m_procedure, procedure);
 }
+
+BOOL QorSetWindowScaling(HWND window, QorScaleMode mode)
+{
+    WindowRecord* record = FindWindowRecord(window);
+    if (!record || !record->port)
+        return FALSE;
+    record->port->SetScaling(mode);
+    return TRUE;
+}
+
+QorScaleMode QorGetWindowScaling(HWND window)
+{
+    WindowRecord* record = FindWindowRecord(window);
+    return record && record->port ? record->port->GetScaling() : QorScaleMode::kOneToOne;
+}
+
+BOOL QorGetWindowViewport(HWND window, RECT* viewport)
+{
+    WindowRecord* record = FindWindowRecord(window);
+    if (!record || !record->port || !viewport)
+        return FALSE;
+    *viewport = record->port->GetViewport();
+    return TRUE;
+}
+
+BOOL QorSetWindowResizable(HWND window, BOOL resizable)
+{
+    WindowRecord* record = FindWindowRecord(window);
+    return record && record->port && record->port->SetResizable(resizable != FALSE) ? TRUE : FALSE;
+}
+
+BOOL QorSetWindowFullscreen(HWND window, BOOL fullscreen)
+{
+    WindowRecord* record = FindWindowRecord(window);
+    return record && record->port && record->port->SetFullscreen(fullscreen != FALSE) ? TRUE : FALSE;
+}
+
+BOOL QorIsWindowFullscreen(HWND window)
+{
+    WindowRecord* record = FindWindowRecord(window);
+    return record && record->port && record->port->IsFullscreen() ? TRUE : FALSE;
+}
+
+namespace
+{
+bool g_fullscreenToggle = true;
+} // namespace
+
+void QorSetFullscreenToggle(BOOL enabled)
+{
+    g_fullscreenToggle = enabled != FALSE;
+}
+
+BOOL QorIsFullscreenToggleOn()
+{
+    return g_fullscreenToggle ? TRUE : FALSE;
+}
+

@@ -16,6 +16,7 @@
 // whole number of intervals from when it was set). On the headless port a blocking GetMessageA lets the
 // manual clock run to the next timer or scripted event, so waits run deterministically.
 #include "platform/QorGdi.h"
+#include "platform/QorScaling.h"
 #include "platform/QorWinTypes.h"
 
 /// A timer callback: called by DispatchMessageA instead of the window procedure.
@@ -121,3 +122,39 @@ HKL GetKeyboardLayout(DWORD thread);
 BOOL ImmIsIME(HKL layout);
 /// IME_THOTKEY_IME_NONIME_TOGGLE switches text input on or off; other keys are refused.
 BOOL ImmSimulateHotKey(HWND window, DWORD hotKey);
+
+// Composition. While the user composes with the input method, the window receives WM_IME_STARTCOMPOSITION,
+// a WM_IME_COMPOSITION (lParam GCS_COMPSTR | GCS_CURSORPOS) at every change of the text, and
+// WM_IME_ENDCOMPOSITION; the committed text then arrives as WM_CHAR messages.
+
+/// The input context of window (null when window is not live).
+HIMC ImmGetContext(HWND window);
+BOOL ImmReleaseContext(HWND window, HIMC context);
+/// GCS_COMPSTR: copies the composition (Big5, no terminator) into buffer, at most size bytes, and returns
+/// its length in bytes (just the length with a null buffer or size 0). GCS_CURSORPOS: the cursor's byte
+/// offset in it. Other indices, or no context: 0.
+LONG ImmGetCompositionStringA(HIMC context, DWORD index, void* buffer, DWORD size);
+/// Places the candidate window by the caret: CFS_POINT (ptCurrentPos) or CFS_RECT (rcArea), client
+/// coordinates.
+BOOL ImmSetCompositionWindow(HIMC context, const COMPOSITIONFORM* form);
+
+// Scaling and fullscreen. The SDL2 port scales; the headless port shows the client area 1:1 in every mode.
+
+/// How window shows its client area when its drawable area has another size (resized, fullscreen or HiDPI;
+/// the drawable size decides). Mouse messages keep client coordinates: a point maps to the client pixel
+/// drawn under it; presses and moves on the bars around the client area are not delivered, and a release
+/// there arrives at the nearest client edge.
+BOOL QorSetWindowScaling(HWND window, QorScaleMode mode);
+QorScaleMode QorGetWindowScaling(HWND window);
+/// Where window's client area is drawn, in drawable pixels (right and bottom exclusive).
+BOOL QorGetWindowViewport(HWND window, RECT* viewport);
+/// Lets the user resize window. FALSE when the port cannot.
+BOOL QorSetWindowResizable(HWND window, BOOL resizable);
+/// Fills the screen with window, or returns it to its size. FALSE when the port cannot.
+BOOL QorSetWindowFullscreen(HWND window, BOOL fullscreen);
+BOOL QorIsWindowFullscreen(HWND window);
+/// Alt+Enter switches the window it is pressed in between fullscreen and its size (on unless turned off);
+/// the key's messages are then not delivered.
+void QorSetFullscreenToggle(BOOL enabled);
+BOOL QorIsFullscreenToggleOn();
+

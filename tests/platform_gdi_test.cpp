@@ -250,6 +250,66 @@ TEST(QorGdiTransfer, EachDepthConvertsThroughItsColours)
     EXPECT_EQ(copy.data[1], 200);
 }
 
+// Whole rows into 32 bits take one pass per depth: every 16-bit value, 24-bit rows of every length up to 17
+// (the last pixel of a row is read byte by byte), 8-bit rows of every length around the eight-index step.
+TEST(QorGdiTransfer, WholeRowsInto32BitsConvertEveryValue)
+{
+    Surface high(256, 256, 16);
+    for (long y = 0; y < 256; ++y)
+        for (long x = 0; x < 256; ++x)
+        {
+            high.Row(y)[2 * x] = BYTE(x);
+            high.Row(y)[2 * x + 1] = BYTE(y);
+        }
+    Surface wide(256, 256, 32, 0xEE);
+    BitBlt(wide.dc, 0, 0, 256, 256, high.dc, 0, 0, SRCCOPY);
+    const auto expand = [](unsigned v) { return BYTE((v << 3) | (v >> 2)); };
+    for (unsigned v = 0; v < 65536; ++v)
+    {
+        const Bytes expected{expand(v & 31), expand((v >> 5) & 31), expand((v >> 10) & 31), 0};
+        ASSERT_EQ(Pixel32(wide, v & 255, v >> 8), expected) << "value " << v;
+    }
+
+    for (long n = 1; n <= 17; ++n)
+    {
+        Surface rgb(n, 2, 24);
+        for (long y = 0; y < 2; ++y)
+            for (long i = 0; i < n * 3; ++i)
+                rgb.Row(y)[i] = BYTE(7 * i + 50 * y + n);
+        Surface target(n + 2, 2, 32, 0xEE);
+        BitBlt(target.dc, 1, 0, int(n), 2, rgb.dc, 0, 0, SRCCOPY);
+        for (long y = 0; y < 2; ++y)
+        {
+            EXPECT_EQ(Pixel32(target, 0, y), Bytes(4, 0xEE));
+            EXPECT_EQ(Pixel32(target, n + 1, y), Bytes(4, 0xEE));
+            for (long x = 0; x < n; ++x)
+            {
+                const unsigned char* p = rgb.Row(y) + 3 * x;
+                ASSERT_EQ(Pixel32(target, x + 1, y), (Bytes{p[0], p[1], p[2], 0})) << "n " << n << " x " << x;
+            }
+        }
+    }
+
+    Info table(32, 1, 8);
+    for (int i = 0; i < 256; ++i)
+        table.Get()->bmiColors[i] = RGBQUAD{BYTE(i), BYTE(255 - i), BYTE(i * 3), 0};
+    table.Get()->bmiHeader.biClrUsed = 256;
+    for (long n : {1L, 7L, 8L, 9L, 15L, 16L, 17L, 31L})
+    {
+        Surface indexed(n, 1, 8, 0, false, &table);
+        for (long x = 0; x < n; ++x)
+            indexed.Row(0)[x] = BYTE(x * 37 + 11);
+        Surface target(n + 1, 1, 32, 0xEE);
+        BitBlt(target.dc, 0, 0, int(n), 1, indexed.dc, 0, 0, SRCCOPY);
+        for (long x = 0; x < n; ++x)
+        {
+            const BYTE i = BYTE(x * 37 + 11);
+            ASSERT_EQ(Pixel32(target, x, 0), (Bytes{i, BYTE(255 - i), BYTE(i * 3), 0})) << "n " << n << " x " << x;
+        }
+        EXPECT_EQ(Pixel32(target, n, 0), Bytes(4, 0xEE));
+    }
+}
+
 TEST(QorGdiTransfer, MonochromeBitmapsUseTheContextsTextAndBackgroundColours)
 {
     // Row 0: 1 0 1 0 (monochrome bits, top row first, rows padded to two bytes).

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -152,6 +153,26 @@ TEST(QorXvfb, ChildPresentsAPictureAndCapturesTheScreen)
         screen.At(px, py, r, g, b);
         out << r << " " << g << " " << b << "\n";
     }
+    // Composition through the real event queue: a text-editing event as the input method sends it.
+    SDL_Event edit;
+    std::memset(&edit, 0, sizeof(edit));
+    edit.type = SDL_TEXTEDITING;
+    edit.edit.windowID = SDL_GetWindowID(QorSdlGetWindow(window));
+    std::strcpy(edit.edit.text, "\xE3\x84\x93\xE3\x84\xA8");
+    edit.edit.start = 1;
+    ASSERT_EQ(SDL_PushEvent(&edit), 1);
+    std::vector<UINT> codes;
+    MSG msg;
+    for (int i = 0; i < 100 && codes.size() < 2; ++i)
+    {
+        while (PeekMessageA(&msg, window, 0, 0, PM_REMOVE))
+            if (msg.message == WM_IME_STARTCOMPOSITION || msg.message == WM_IME_COMPOSITION)
+                codes.push_back(msg.message);
+        SDL_Delay(10);
+    }
+    HIMC context = ImmGetContext(window);
+    out << codes.size() << " " << ImmGetCompositionStringA(context, GCS_COMPSTR, nullptr, 0) << " "
+        << ImmGetCompositionStringA(context, GCS_CURSORPOS, nullptr, 0) << "\n";
     ASSERT_TRUE(out.good());
 }
 
@@ -192,4 +213,10 @@ TEST(QorXvfb, RealWindowShowsThePresentedPictureOnTheXServer)
     EXPECT_EQ(r, 0);
     EXPECT_EQ(g, 0);
     EXPECT_EQ(b, 0);
+    // The composition: start and change messages, two Big5 characters, the cursor after the first.
+    int messages = 0, length = 0, cursor = 0;
+    ASSERT_TRUE(in >> messages >> length >> cursor) << text.str();
+    EXPECT_EQ(messages, 2);
+    EXPECT_EQ(length, 4);
+    EXPECT_EQ(cursor, 2);
 }

@@ -24,9 +24,10 @@ char QorHeadlessWindowPort::Present(long x, long y, long w, long h, const unsign
 {
     if (!m_open || !frame || x < 0 || y < 0 || w < 1 || h < 1 || x + w > m_width || y + h > m_height)
         return 0;
-    for (long row = y; row < y + h; ++row)
-        std::memcpy(m_frame.data() + (row * m_width + x) * 4, frame + row * pitch + x * 4,
-                    static_cast<std::size_t>(w * 4));
+    if (frame != m_frame.data())
+        for (long row = y; row < y + h; ++row)
+            std::memcpy(m_frame.data() + (row * m_width + x) * 4, frame + row * pitch + x * 4,
+                        static_cast<std::size_t>(w * 4));
     ++m_presents;
     m_lastArea = RECT{LONG(x), LONG(y), LONG(x + w), LONG(y + h)};
     return 1;
@@ -69,11 +70,22 @@ void QorHeadlessVideoPort::SetScreenSize(long width, long height)
 
 char QorHeadlessEventPort::Poll(MSG& msg)
 {
-    if (m_script.empty() || m_script.front().due > QorGetClock().GetMillis())
-        return 0;
-    msg = m_script.front().msg;
-    m_script.pop_front();
-    return 1;
+    while (!m_script.empty() && m_script.front().due <= QorGetClock().GetMillis())
+    {
+        Entry entry = m_script.front();
+        m_script.pop_front();
+        if (!entry.composition)
+        {
+            msg = entry.msg;
+            return 1;
+        }
+        // A composition change becomes its messages when it is delivered, as the SDL2 port's does.
+        std::vector<MSG> messages;
+        qor::detail::ComposeMessages(entry.msg.hwnd, entry.text.c_str(), entry.cursor, messages);
+        for (auto it = messages.rbegin(); it != messages.rend(); ++it)
+            m_script.push_front(Entry{entry.due, *it});
+    }
+    return 0;
 }
 
 char QorHeadlessEventPort::Wait(unsigned long timeoutMs)
@@ -115,6 +127,17 @@ void QorHeadlessEventPort::InjectKey(HWND window, int virtualKey)
 {
     Inject(MSG{window, WM_KEYDOWN, WPARAM(virtualKey), 1, 0, {0, 0}});
     Inject(MSG{window, WM_KEYUP, WPARAM(virtualKey), LPARAM(1u | (1u << 30) | (1u << 31)), 0, {0, 0}});
+}
+
+void QorHeadlessEventPort::InjectComposition(HWND window, const char* utf8, long cursor)
+{
+    Entry entry{QorGetClock().GetMillis(), MSG{window, WM_NULL, 0, 0, 0, {0, 0}}};
+    entry.composition = true;
+    entry.text = utf8 ? utf8 : "";
+    entry.cursor = cursor;
+    auto at = std::upper_bound(m_script.begin(), m_script.end(), entry.due,
+                               [](unsigned long due, const Entry& e) { return due < e.due; });
+    m_script.insert(at, entry);
 }
 
 void QorHeadlessEventPort::InjectMouse(HWND window, UINT message, int x, int y, WPARAM keys)

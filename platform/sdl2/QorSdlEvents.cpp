@@ -5,6 +5,7 @@
 #include "platform/sdl2/QorSdlPort.h"
 #include "platform/sdl2/QorSdlWindow.h"
 #include "platform/sdl2/SdlInternal.h"
+#include "platform/QorWindow.h"
 
 #include <SDL.h>
 
@@ -188,6 +189,22 @@ Uint32 ButtonMask(Uint8 button)
 
 // Mouse buttons as the translated events left them: pushed events do not move SDL's own state.
 Uint32 g_buttons = 0;
+// The Return key whose press switched fullscreen: its release is not delivered either.
+bool g_toggleKeyDown = false;
+
+// Where window point (x, y) falls in the client area of an SDL window of ours; false on the bars, unless
+// nearest asks for the nearest client pixel then.
+bool ClientPoint(std::uint32_t windowId, long x, long y, long& cx, long& cy, bool nearest = false)
+{
+    WindowRecord* record = FindWindowRecord(WindowOfSdlId(windowId));
+    if (!record || !record->port)
+    {
+        cx = x;
+        cy = y;
+        return true;
+    }
+    return record->port->PointToClient(x, y, cx, cy, nearest);
+}
 
 void Translate(const SDL_Event& event, std::vector<MSG>& out)
 {
@@ -196,6 +213,25 @@ void Translate(const SDL_Event& event, std::vector<MSG>& out)
     case SDL_KEYDOWN:
     case SDL_KEYUP:
     {
+        // Alt+Enter switches fullscreen; neither its press nor its release reaches the program.
+        if (event.key.keysym.scancode == SDL_SCANCODE_RETURN)
+        {
+            if (event.type == SDL_KEYDOWN && (event.key.keysym.mod & KMOD_ALT) && QorIsFullscreenToggleOn())
+            {
+                if (!event.key.repeat)
+                {
+                    const HWND window = WindowOfSdlId(event.key.windowID);
+                    QorSetWindowFullscreen(window, !QorIsWindowFullscreen(window));
+                }
+                g_toggleKeyDown = true;
+                break;
+            }
+            if (event.type == SDL_KEYUP && g_toggleKeyDown)
+            {
+                g_toggleKeyDown = false;
+                break;
+            }
+        }
         const int key = VirtualKey(event.key.keysym);
         if (!key)
             break;
@@ -215,14 +251,23 @@ void Translate(const SDL_Event& event, std::vector<MSG>& out)
     case SDL_TEXTINPUT:
     {
         const HWND window = WindowOfSdlId(event.text.windowID);
+        EndComposition(window, out);
         for (unsigned char byte : Utf8ToBig5(event.text.text, std::strlen(event.text.text)))
             out.push_back(Message(window, WM_CHAR, WPARAM(byte), 1));
         break;
     }
-    case SDL_MOUSEMOTION:
-        out.push_back(Message(WindowOfSdlId(event.motion.windowID), WM_MOUSEMOVE, MouseKeys(event.motion.state),
-                              MAKELPARAM(WORD(event.motion.x), WORD(event.motion.y))));
+    case SDL_TEXTEDITING:
+        ComposeMessages(WindowOfSdlId(event.edit.windowID), event.edit.text, event.edit.start, out);
         break;
+    case SDL_MOUSEMOTION:
+    {
+        long x = 0;
+        long y = 0;
+        if (ClientPoint(event.motion.windowID, event.motion.x, event.motion.y, x, y))
+            out.push_back(Message(WindowOfSdlId(event.motion.windowID), WM_MOUSEMOVE, MouseKeys(event.motion.state),
+                                  MAKELPARAM(WORD(x), WORD(y))));
+        break;
+    }
     case SDL_MOUSEBUTTONDOWN:
     case SDL_MOUSEBUTTONUP:
     {
@@ -232,9 +277,11 @@ void Translate(const SDL_Event& event, std::vector<MSG>& out)
             g_buttons |= ButtonMask(event.button.button);
         else
             g_buttons &= ~ButtonMask(event.button.button);
-        if (code)
-            out.push_back(Message(WindowOfSdlId(event.button.windowID), code, MouseKeys(g_buttons),
-                                  MAKELPARAM(WORD(event.button.x), WORD(event.button.y))));
+        long x = 0;
+        long y = 0;
+        if (code && ClientPoint(event.button.windowID, event.button.x, event.button.y, x, y, !down))
+            out.push_back(
+                Message(WindowOfSdlId(event.button.windowID), code, MouseKeys(g_buttons), MAKELPARAM(WORD(x), WORD(y))));
         break;
     }
     case SDL_MOUSEWHEEL:
@@ -242,9 +289,12 @@ void Translate(const SDL_Event& event, std::vector<MSG>& out)
         int x = 0;
         int y = 0;
         SDL_GetMouseState(&x, &y);
+        long cx = 0;
+        long cy = 0;
         const WPARAM delta = WPARAM(WORD(SHORT(event.wheel.y * 120))) << 16;
-        out.push_back(Message(WindowOfSdlId(event.wheel.windowID), WM_MOUSEWHEEL, MouseKeys(g_buttons) | delta,
-                              MAKELPARAM(WORD(x), WORD(y))));
+        if (ClientPoint(event.wheel.windowID, x, y, cx, cy))
+            out.push_back(Message(WindowOfSdlId(event.wheel.windowID), WM_MOUSEWHEEL, MouseKeys(g_buttons) | delta,
+                                  MAKELPARAM(WORD(cx), WORD(cy))));
         break;
     }
     case SDL_WINDOWEVENT:
@@ -252,8 +302,10 @@ void Translate(const SDL_Event& event, std::vector<MSG>& out)
         const HWND window = WindowOfSdlId(event.window.windowID);
         if (event.window.event == SDL_WINDOWEVENT_CLOSE && window)
             out.push_back(Message(window, WM_CLOSE, 0, 0));
-        else if (event.window.event == SDL_WINDOWEVENT_EXPOSED && window)
-            RepaintWindow(window);
+        else if ((event.window.event == SDL_WINDOWEVENT_EXPOSED ||
+                  event.window.event == SDL_WINDOWEVENT_SIZE_CHANGED) &&
+                 window)
+            RepaintWindow(window); // a new size places the client area anew
         break;
     }
     default:

@@ -34,6 +34,13 @@ public:
             SDL_SetWindowTitle(m_window, title ? title : "");
     }
     char Present(long x, long y, long w, long h, const unsigned char* frame, long pitch) override;
+    void SetScaling(QorScaleMode mode) override;
+    RECT GetViewport() override;
+    bool PointToClient(long x, long y, long& cx, long& cy, bool nearest) override;
+    char SetResizable(bool resizable) override;
+    char SetFullscreen(bool fullscreen) override;
+    char IsFullscreen() override;
+    void SetTextInputArea(const RECT& area) override;
 
     /// The video port is going away: close, and do not call it again.
     void Orphan()
@@ -43,12 +50,23 @@ public:
     }
     SDL_Window* GetWindow() const { return m_window; }
     COLORREF ReadPixel(long x, long y);
+    COLORREF ReadOutputPixel(long px, long py);
 
 private:
+    /// Draws the client area into its viewport and the bars around it, without presenting.
+    bool Render();
+    /// The letterboxed picture: the frame stretched to the viewport's size by the viewport's formulas.
+    bool Stretch(const RECT& viewport);
+
     SdlVideoPort* m_owner;
     SDL_Window* m_window = nullptr;
     SDL_Renderer* m_renderer = nullptr;
     SDL_Texture* m_texture = nullptr;
+    SDL_Texture* m_stretched = nullptr;
+    long m_stretchedW = 0;
+    long m_stretchedH = 0;
+    const unsigned char* m_frame = nullptr;
+    long m_pitch = 0;
     long m_width = 0;
     long m_height = 0;
 };
@@ -150,6 +168,8 @@ char SdlWindowPort::Open(long width, long height, const char* title)
     if (!m_window)
         return 0;
     SDL_SetWindowData(m_window, kPortKey, this);
+    // The client area is scaled by whole pixels (or by the letterbox stretch done here), never smoothed.
+    SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "nearest");
     m_renderer = SDL_CreateRenderer(m_window, -1, 0);
     if (!m_renderer)
         m_renderer = SDL_CreateRenderer(m_window, -1, SDL_RENDERER_SOFTWARE);
@@ -174,6 +194,11 @@ char SdlWindowPort::Open(long width, long height, const char* title)
 
 void SdlWindowPort::Close()
 {
+    if (m_stretched)
+        SDL_DestroyTexture(m_stretched);
+    m_stretched = nullptr;
+    m_stretchedW = m_stretchedH = 0;
+    m_frame = nullptr;
     if (m_texture)
         SDL_DestroyTexture(m_texture);
     if (m_renderer)
@@ -192,22 +217,178 @@ char SdlWindowPort::Present(long x, long y, long w, long h, const unsigned char*
     const SDL_Rect area = {int(x), int(y), int(w), int(h)};
     if (SDL_UpdateTexture(m_texture, &area, frame + y * pitch + x * 4, int(pitch)) != 0)
         return 0;
-    // The back buffer is undefined after a present, so the whole texture is drawn every time.
-    SDL_RenderCopy(m_renderer, m_texture, nullptr, nullptr);
+    m_frame = frame;
+    m_pitch = pitch;
+    // The back buffer is undefined after a present, so the whole output is drawn every time.
+    if (!Render())
+        return 0;
     SDL_RenderPresent(m_renderer);
     return 1;
+}
+
+RECT SdlWindowPort::GetViewport()
+{
+    int outW = 0;
+    int outH = 0;
+    if (!m_renderer || SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0)
+        return RECT{0, 0, LONG(m_width), LONG(m_height)};
+    return ComputeViewport(m_width, m_height, outW, outH, GetScaling());
+}
+
+bool SdlWindowPort::Stretch(const RECT& viewport)
+{
+    const long w = viewport.right - viewport.left;
+    const long h = viewport.bottom - viewport.top;
+    if (!m_frame)
+        return false;
+    if (!m_stretched || m_stretchedW != w || m_stretchedH != h)
+    {
+        if (m_stretched)
+            SDL_DestroyTexture(m_stretched);
+        m_stretched =
+            SDL_CreateTexture(m_renderer, SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_STREAMING, int(w), int(h));
+        m_stretchedW = m_stretched ? w : 0;
+        m_stretchedH = m_stretched ? h : 0;
+        if (!m_stretched)
+            return false;
+    }
+    void* pixels = nullptr;
+    int pitch = 0;
+    if (SDL_LockTexture(m_stretched, nullptr, &pixels, &pitch) != 0)
+        return false;
+    // Output pixel (X, Y) of the viewport shows client pixel (X * width / w, Y * height / h): the formula
+    // the mouse is mapped back with.
+    std::vector<long> columns(static_cast<std::size_t>(w));
+    for (long X = 0; X < w; ++X)
+        columns[static_cast<std::size_t>(X)] = X * m_width / w;
+    for (long Y = 0; Y < h; ++Y)
+    {
+        const auto* in = reinterpret_cast<const Uint32*>(m_frame + (Y * m_height / h) * m_pitch);
+        auto* out = reinterpret_cast<Uint32*>(static_cast<unsigned char*>(pixels) + Y * pitch);
+        for (long X = 0; X < w; ++X)
+            out[X] = in[columns[static_cast<std::size_t>(X)]];
+    }
+    SDL_UnlockTexture(m_stretched);
+    return true;
+}
+
+bool SdlWindowPort::Render()
+{
+    if (!m_renderer || !m_texture)
+        return false;
+    int outW = 0;
+    int outH = 0;
+    if (SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0)
+        return false;
+    const RECT v = ComputeViewport(m_width, m_height, outW, outH, GetScaling());
+    const SDL_Rect dest = {int(v.left), int(v.top), int(v.right - v.left), int(v.bottom - v.top)};
+    // Only the bars are cleared: clearing the whole output would cost as much as drawing it again.
+    SDL_SetRenderDrawColor(m_renderer, 0, 0, 0, 255);
+    const SDL_Rect bars[4] = {{0, 0, outW, std::max(0, dest.y)},
+                              {0, dest.y + dest.h, outW, std::max(0, outH - dest.y - dest.h)},
+                              {0, dest.y, std::max(0, dest.x), dest.h},
+                              {dest.x + dest.w, dest.y, std::max(0, outW - dest.x - dest.w), dest.h}};
+    for (const SDL_Rect& bar : bars)
+        if (bar.w > 0 && bar.h > 0)
+            SDL_RenderFillRect(m_renderer, &bar);
+    const bool stretched = GetScaling() == QorScaleMode::kLetterbox && (dest.w != m_width || dest.h != m_height);
+    if (stretched && Stretch(v))
+        return SDL_RenderCopy(m_renderer, m_stretched, nullptr, &dest) == 0;
+    return SDL_RenderCopy(m_renderer, m_texture, nullptr, &dest) == 0;
+}
+
+void SdlWindowPort::SetScaling(QorScaleMode mode)
+{
+    QorWindowPort::SetScaling(mode);
+    if (m_frame && Render())
+        SDL_RenderPresent(m_renderer);
+}
+
+bool SdlWindowPort::PointToClient(long x, long y, long& cx, long& cy, bool nearest)
+{
+    int outW = 0;
+    int outH = 0;
+    int winW = 0;
+    int winH = 0;
+    if (!m_window || !m_renderer || SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0)
+        return false;
+    SDL_GetWindowSize(m_window, &winW, &winH);
+    long px = 0;
+    long py = 0;
+    PointToOutput(x, y, winW, winH, outW, outH, px, py);
+    const RECT v = ComputeViewport(m_width, m_height, outW, outH, GetScaling());
+    if (nearest)
+    {
+        px = std::clamp<long>(px, v.left, v.right - 1);
+        py = std::clamp<long>(py, v.top, v.bottom - 1);
+    }
+    return OutputToClient(v, m_width, m_height, px, py, cx, cy);
+}
+
+char SdlWindowPort::SetResizable(bool resizable)
+{
+    if (!m_window)
+        return 0;
+    SDL_SetWindowResizable(m_window, resizable ? SDL_TRUE : SDL_FALSE);
+    return 1;
+}
+
+char SdlWindowPort::SetFullscreen(bool fullscreen)
+{
+    if (!m_window || SDL_SetWindowFullscreen(m_window, fullscreen ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0) != 0)
+        return 0;
+    if (m_frame && Render())
+        SDL_RenderPresent(m_renderer);
+    return 1;
+}
+
+char SdlWindowPort::IsFullscreen()
+{
+    return m_window && (SDL_GetWindowFlags(m_window) & SDL_WINDOW_FULLSCREEN_DESKTOP) == SDL_WINDOW_FULLSCREEN_DESKTOP;
+}
+
+void SdlWindowPort::SetTextInputArea(const RECT& area)
+{
+    if (!m_window || !m_renderer)
+        return;
+    // Client coordinates to window points, through the viewport and the drawable's scale.
+    int outW = 0;
+    int outH = 0;
+    int winW = 0;
+    int winH = 0;
+    if (SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0 || outW < 1 || outH < 1)
+        return;
+    SDL_GetWindowSize(m_window, &winW, &winH);
+    const RECT v = ComputeViewport(m_width, m_height, outW, outH, GetScaling());
+    const auto toX = [&](long x) { return int((v.left + x * (v.right - v.left) / std::max(1L, m_width)) * winW / outW); };
+    const auto toY = [&](long y) { return int((v.top + y * (v.bottom - v.top) / std::max(1L, m_height)) * winH / outH); };
+    SDL_Rect rect = {toX(area.left), toY(area.top), toX(area.right) - toX(area.left), toY(area.bottom) - toY(area.top)};
+    SDL_SetTextInputRect(&rect);
+}
+
+COLORREF SdlWindowPort::ReadOutputPixel(long px, long py)
+{
+    int outW = 0;
+    int outH = 0;
+    if (!m_texture || SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0 || px < 0 || py < 0 || px >= outW ||
+        py >= outH || !Render())
+        return CLR_INVALID;
+    const SDL_Rect area = {int(px), int(py), 1, 1};
+    Uint32 pixel = 0;
+    if (SDL_RenderReadPixels(m_renderer, &area, SDL_PIXELFORMAT_ARGB8888, &pixel, 4) != 0)
+        return CLR_INVALID;
+    return RGB(BYTE(pixel >> 16), BYTE(pixel >> 8), BYTE(pixel));
 }
 
 COLORREF SdlWindowPort::ReadPixel(long x, long y)
 {
     if (!m_texture || x < 0 || y < 0 || x >= m_width || y >= m_height)
         return CLR_INVALID;
-    SDL_RenderCopy(m_renderer, m_texture, nullptr, nullptr);
-    const SDL_Rect area = {int(x), int(y), 1, 1};
-    Uint32 pixel = 0;
-    if (SDL_RenderReadPixels(m_renderer, &area, SDL_PIXELFORMAT_ARGB8888, &pixel, 4) != 0)
-        return CLR_INVALID;
-    return RGB(BYTE(pixel >> 16), BYTE(pixel >> 8), BYTE(pixel));
+    // The first output pixel that shows client pixel (x, y).
+    const RECT v = GetViewport();
+    const long w = v.right - v.left;
+    const long h = v.bottom - v.top;
+    return ReadOutputPixel(v.left + (x * w + m_width - 1) / m_width, v.top + (y * h + m_height - 1) / m_height);
 }
 
 SdlWindowPort* PortOf(HWND window)
@@ -242,4 +423,10 @@ COLORREF QorSdlReadPresentedPixel(HWND window, long x, long y)
 {
     qor::detail::SdlWindowPort* port = qor::detail::PortOf(window);
     return port ? port->ReadPixel(x, y) : CLR_INVALID;
+}
+
+COLORREF QorSdlReadOutputPixel(HWND window, long px, long py)
+{
+    qor::detail::SdlWindowPort* port = qor::detail::PortOf(window);
+    return port ? port->ReadOutputPixel(px, py) : CLR_INVALID;
 }

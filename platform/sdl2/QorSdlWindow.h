@@ -14,6 +14,9 @@ SDL_Window* QorSdlGetWindow(HWND window);
 /// The colour the window's renderer shows at (x, y) of the client area after drawing its texture
 /// again; CLR_INVALID (0xFFFFFFFF) when it cannot be read.
 COLORREF QorSdlReadPresentedPixel(HWND window, long x, long y);
+/// The colour the window shows at drawable pixel (px, py), bars and scaling included, after drawing the
+/// output again; CLR_INVALID when it cannot be read.
+COLORREF QorSdlReadOutputPixel(HWND window, long px, long py);
 /// The messages one SDL event becomes, appended to out (none for events the layer does not use).
 /// Mouse and key messages name the window of the event's window id.
 void QorSdlTranslateEvent(const SDL_Event& event, std::vector<MSG>& out);

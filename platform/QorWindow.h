@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 // The windowing layer in the roles of Windows USER and IMM32: the application window, its message queue
 // and window procedure, timers, the message box, the screen size and the input method switch. The port
 // chosen with QorSelectPort provides the real window, the input events and the clock.
@@ -23,7 +25,7 @@ typedef void (*TIMERPROC)(HWND, UINT, UINT_PTR, DWORD);
 
 /// A top-level window of the port in use: its client area shows a 32-bit frame that window contexts
 /// draw into. Messages dispatched or sent to it reach WindowProc.
-class CWnd
+class QOR_API CWnd
 {
 public:
     CWnd() = default;
@@ -62,40 +64,40 @@ private:
 };
 
 /// The default handling: WM_CLOSE destroys the window; everything else returns 0.
-LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-BOOL DestroyWindow(HWND window);
-BOOL IsWindow(HWND window);
-BOOL GetClientRect(HWND window, RECT* rect);
+QOR_API LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+QOR_API BOOL DestroyWindow(HWND window);
+QOR_API BOOL IsWindow(HWND window);
+QOR_API BOOL GetClientRect(HWND window, RECT* rect);
 
 /// Waits for a message of window (null: any) within [first, last] (both 0: any). Returns 0 for WM_QUIT,
 /// -1 when nothing can ever arrive (headless: no message, timer or scripted event left), else 1.
-BOOL GetMessageA(MSG* msg, HWND window, UINT first, UINT last);
+QOR_API BOOL GetMessageA(MSG* msg, HWND window, UINT first, UINT last);
 /// As GetMessageA without waiting: FALSE when no message is ready. PM_REMOVE takes it from the queue.
-BOOL PeekMessageA(MSG* msg, HWND window, UINT first, UINT last, UINT remove);
+QOR_API BOOL PeekMessageA(MSG* msg, HWND window, UINT first, UINT last, UINT remove);
 /// Queues a character message for a key-down message that produces one; TRUE when it did.
-BOOL TranslateMessage(const MSG* msg);
+QOR_API BOOL TranslateMessage(const MSG* msg);
 /// Calls the window's procedure (or a timer message's callback); returns its result.
-LRESULT DispatchMessageA(const MSG* msg);
-BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+QOR_API LRESULT DispatchMessageA(const MSG* msg);
+QOR_API BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// Calls the window's procedure at once.
-LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+QOR_API LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// WM_QUIT with exitCode is delivered once the posted messages ahead of it are gone.
-void PostQuitMessage(int exitCode);
+QOR_API void PostQuitMessage(int exitCode);
 
 /// A repeating timer of window (id replaces a timer with the same id) every elapse milliseconds (at
 /// least 10). A null window gets a fresh id. Returns the id, 0 on failure.
-UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT elapse, TIMERPROC callback);
-BOOL KillTimer(HWND window, UINT_PTR id);
+QOR_API UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT elapse, TIMERPROC callback);
+QOR_API BOOL KillTimer(HWND window, UINT_PTR id);
 
 /// The state of a key as the retrieved messages left it: the high bit set while it is down.
-SHORT GetKeyState(int virtualKey);
+QOR_API SHORT GetKeyState(int virtualKey);
 /// SM_CXSCREEN and SM_CYSCREEN: the display's size (headless: the size set on its video port).
-int GetSystemMetrics(int index);
+QOR_API int GetSystemMetrics(int index);
 /// A message box with text and caption (Big5) over window. Headless: one line on stderr and the default
 /// button's result.
-int MessageBoxA(HWND window, const char* text, const char* caption, UINT type);
+QOR_API int MessageBoxA(HWND window, const char* text, const char* caption, UINT type);
 /// Milliseconds of QorGetClock().
-DWORD GetTickCount();
+QOR_API DWORD GetTickCount();
 
 inline BOOL GetMessage(MSG* msg, HWND window, UINT first, UINT last)
 {
@@ -112,12 +114,12 @@ inline LRESULT DispatchMessage(const MSG* msg)
 
 // Input method. The keyboard layout is the input method's while text input is on.
 
-void QorStartTextInput();
-void QorStopTextInput();
-char QorIsTextInputActive();
+QOR_API void QorStartTextInput();
+QOR_API void QorStopTextInput();
+QOR_API char QorIsTextInputActive();
 /// The Traditional Chinese input method's layout while text input is on, else the US layout.
-HKL GetKeyboardLayout(DWORD thread);
+QOR_API HKL GetKeyboardLayout(DWORD thread);
 /// True for the input method's layout.
-BOOL ImmIsIME(HKL layout);
+QOR_API BOOL ImmIsIME(HKL layout);
 /// IME_THOTKEY_IME_NONIME_TOGGLE switches text input on or off; other keys are refused.
-BOOL ImmSimulateHotKey(HWND window, DWORD hotKey);
+QOR_API BOOL ImmSimulateHotKey(HWND window, DWORD hotKey);

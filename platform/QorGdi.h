@@ -291,6 +291,10 @@ public:
     BOOL TextOut(int x, int y, const CString& text);
     BOOL GetTextMetrics(TEXTMETRICA* metrics) const;
     SIZE GetTextExtent(const char* text, int count) const;
+    /// The face the selected font actually uses, as GetTextFaceA.
+    int GetTextFace(int count, char* name) const;
+    /// Characters of count bytes of Big5 text the selected font's face has no glyph for, as QorGetMissingGlyphs.
+    int GetMissingGlyphs(const char* text, int count) const;
     BOOL Rectangle(int left, int top, int right, int bottom);
     BOOL Rectangle(const RECT* rect);
     void FillRect(const RECT* rect, CBrush* brush);

@@ -81,3 +81,17 @@ TEST(QorFonts, TextFaceCopiesWhatFitsAndTellsTheSizeNeeded)
     EXPECT_EQ(GetTextFaceA(nullptr, 4, small), 0);
     EXPECT_EQ(QorGetMissingGlyphs(nullptr, kChinese, 4), -1);
 }
+
+TEST(QorFonts, ContextWrapperAsksTheSameOfItsFont)
+{
+    CDC dc;
+    ASSERT_TRUE(dc.CreateCompatibleDC(nullptr));
+    CFont font;
+    ASSERT_TRUE(font.CreateFont(-16, 0, 0, 0, FW_NORMAL, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, "DejaVu Sans"));
+    CFont* old = dc.SelectObject(&font);
+    char name[32] = {};
+    EXPECT_EQ(dc.GetTextFace(sizeof name, name), 12);
+    EXPECT_EQ(std::string(name), "DejaVu Sans");
+    EXPECT_EQ(dc.GetMissingGlyphs(kChinese, 4), 2);
+    dc.SelectObject(old);
+}

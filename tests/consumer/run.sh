@@ -36,6 +36,13 @@ shared)
     cmake --install "$build" --prefix "$work/prefix" > /dev/null
     lib=$(readlink -f "$work/prefix/lib/libqor.so")
     readelf -d "$lib" | grep -q 'SONAME.*\[libqor\.so\.[0-9]*\]' || { echo "$lib has no versioned SONAME" >&2; exit 1; }
+    # Only the public API is exported: the internals and the standard library's instantiations stay local.
+    exported=$(nm -D --defined-only "$lib" | c++filt)
+    grep -q ' QorLoadPicture(' <<< "$exported" || { echo "$lib does not export QorLoadPicture" >&2; exit 1; }
+    if grep -E '^[0-9a-f]+ [A-Za-z] ((void|bool|int|unsigned [a-z]+) )?(qor::detail::|std::)' <<< "$exported"; then
+        echo "$lib exports internals" >&2
+        exit 1
+    fi
     cmake -S "$src/tests/consumer" -B "$work/installed" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" "$@" > /dev/null
     cmake --build "$work/installed" --parallel 1 > /dev/null
     run "$work/installed/consumer" shared

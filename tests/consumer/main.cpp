@@ -17,9 +17,9 @@ int main(int, char** argv)
     picture.Fill(red);
     const std::string png = std::string(argv[0]) + ".png";
     QorPicBlock back(QorPicBlock::Bit24);
-    const bool roundTrip = QorSavePicturePng(picture, png.c_str()) && QorLoadPicture(back, png.c_str(), QorPicBlock::Bit24) &&
-                           back.GetWidth() == 4 && back.GetHeight() == 3 && back.GetPixel(3, 2)[2] == 255 &&
-                           back.GetPixel(3, 2)[0] == 0;
+    const bool roundTrip = QorSavePicturePng(picture, png.c_str()) &&
+                           QorLoadPicture(back, png.c_str(), QorPicBlock::Bit24) && back.GetWidth() == 4 &&
+                           back.GetHeight() == 3 && back.GetPixel(3, 2)[2] == 255 && back.GetPixel(3, 2)[0] == 0;
 
     QorFile missing;
     const bool refused = !missing.Open("no-such-consumer-file", QorFile::kRead) &&

@@ -1,10 +1,10 @@
-# Entry points: make demo, make test, make bench (and make fuzz for the libFuzzer targets).
+# Entry points: make demo, make test, make bench, make docs (and make fuzz for the libFuzzer targets).
 # Each prepares a fresh Debian 12 machine first (scripts/install-deps.sh is idempotent).
 
 JOBS ?= $(shell nproc)
 FUZZ_SECONDS ?= 60
 
-.PHONY: all deps demo test bench fuzz clean
+.PHONY: all deps demo test bench docs fuzz clean
 
 all: test
 
@@ -27,6 +27,12 @@ bench: deps
 	cmake --build --preset release -j $(JOBS) --target qor_bench qor_bench_sdl
 	build/release/bench/qor_bench
 	build/release/bench/qor_bench_sdl
+
+# The HTML API reference from the public headers' comments: build/docs/html/index.html.
+docs: deps
+	mkdir -p build/docs
+	doxygen docs/Doxyfile
+	@echo "API reference: build/docs/html/index.html"
 
 fuzz: deps
 	cmake --preset fuzz

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "qor/core.h"
 #include "audio/QorSndBlock.h"
 #include "audio/QorSndGroup.h"
@@ -13,7 +15,7 @@ class QorIntegration;
 /// output format are chosen by Initialize; sounds loaded by name are converted to that format and handed
 /// to the device whole, as one buffer. The integration object's timer calls OnTimer.
 /// \note There is no mixing: the channel records and the CD members are inert parts of the interface.
-class QorAudio
+class QOR_API QorAudio
 {
 public:
     enum : unsigned long

@@ -1,5 +1,8 @@
 #include "QorSndBlock.h"
 
+#include "core/QorError.h"
+#include "files/FileError.h"
+
 #include <cstdint>
 #include <cstring>
 #include <new>
@@ -116,20 +119,36 @@ unsigned long QorSndBlock::LoadWAV(QorFile& file)
 {
     Reset();
     if (!file.IsOpen())
-        return 0;
+        return QorSetError("reading a wave file: the stream is not open");
     const unsigned long start = file.GetPosition();
-    // Nothing is stored before the samples are in: a failure only has to put the stream back.
-    auto fail = [&]() -> unsigned long
+    // Nothing is stored before the samples are in: a failure only has to put the stream back. The error
+    // names the byte where reading stopped.
+    auto fail = [&](const char* what) -> unsigned long
     {
+        if (file.GetFileLength() == 0)
+            qor::detail::FileError(file, 0, "the file is empty");
+        else
+            qor::detail::FileError(file, file.GetPosition(), "%s", what);
         file.Seek(start, 0, 1);
         return 0;
     };
 
     char tag[4];
     unsigned int riffSize = 0;
-    if (!ReadTag(file, tag) || !IsTag(tag, "RIFF") || !ReadField(file, riffSize) || !ReadTag(file, tag) ||
-        !IsTag(tag, "WAVE") || !ReadTag(file, tag) || !IsTag(tag, "fmt "))
-        return fail();
+    if (!ReadTag(file, tag))
+        return fail("truncated: no RIFF tag");
+    if (!IsTag(tag, "RIFF"))
+    {
+        qor::detail::FileError(file, start, "not a RIFF wave: the tag is \"%.4s\", not \"RIFF\"", tag);
+        file.Seek(start, 0, 1);
+        return 0;
+    }
+    if (!ReadField(file, riffSize) || !ReadTag(file, tag))
+        return fail("truncated: RIFF header");
+    if (!IsTag(tag, "WAVE"))
+        return fail("not a wave: the RIFF form is not \"WAVE\"");
+    if (!ReadTag(file, tag) || !IsTag(tag, "fmt "))
+        return fail("the \"fmt \" chunk does not follow the RIFF header");
 
     // The chunk must hold the sixteen bytes of PCM fields, and its rest must lie within the file.
     unsigned int fmtSize = 0;
@@ -138,39 +157,39 @@ unsigned long QorSndBlock::LoadWAV(QorFile& file)
     if (!ReadField(file, fmtSize) || fmtSize < 16 || !ReadField(file, formatTag) || !ReadField(file, channels) ||
         !ReadField(file, samplesPerSec) || !ReadField(file, avgBytesPerSec) || !ReadField(file, blockAlign) ||
         !ReadField(file, bitsPerSample) || fmtSize - 16 > file.GetBytesLeft())
-        return fail();
+        return fail("truncated or short \"fmt \" chunk");
     // The extra-size word of a longer format chunk is skipped with the rest of the chunk, not read.
     if (fmtSize > 16 && !file.Seek(fmtSize - 16, 1, 1))
-        return fail();
+        return fail("cannot skip the rest of the \"fmt \" chunk");
     if (formatTag != 1)
-        return fail();
+        return fail("not PCM: the format tag is not 1");
 
     if (!ReadTag(file, tag))
-        return fail();
+        return fail("truncated: no chunk after \"fmt \"");
     while (!IsTag(tag, "data"))
     {
         unsigned int chunkSize = 0;
         if (!ReadField(file, chunkSize) || chunkSize > file.GetBytesLeft())
-            return fail();
+            return fail("truncated: a chunk runs past the end of the file");
         if (chunkSize && !file.Seek(chunkSize, 1, 1))
-            return fail();
+            return fail("cannot skip a chunk");
         if (file.GetBytesLeft() == 0 || !ReadTag(file, tag))
-            return fail();
+            return fail("truncated: no \"data\" chunk");
     }
 
     unsigned int dataSize = 0;
     if (!ReadField(file, dataSize) || dataSize > file.GetBytesLeft())
-        return fail();
+        return fail("truncated: the \"data\" chunk claims more bytes than the file holds");
     unsigned char* data = nullptr;
     if (dataSize)
     {
         data = new (std::nothrow) unsigned char[dataSize];
         if (!data)
-            return fail();
+            return fail("no room for the samples");
         if (file.Read(data, dataSize) != dataSize)
         {
             delete[] data;
-            return fail();
+            return fail("truncated: fewer sample bytes than announced");
         }
     }
     m_formatTag = formatTag;
@@ -187,14 +206,15 @@ unsigned long QorSndBlock::LoadQSG(QorFile& file)
 {
     Reset();
     if (!file.IsOpen())
-        return 0;
+        return QorSetError("reading a QSG sound: the stream is not open");
     const unsigned long start = file.GetPosition();
     short formatTag = 0, channels = 0, blockAlign = 0, bitsPerSample = 0, extraSize = 0;
     int samplesPerSec = 0, avgBytesPerSec = 0;
     unsigned int dataSize = 0;
-    bool ok = ReadField(file, formatTag) && ReadField(file, channels) && ReadField(file, samplesPerSec) &&
-              ReadField(file, avgBytesPerSec) && ReadField(file, blockAlign) && ReadField(file, bitsPerSample) &&
-              ReadField(file, extraSize) && ReadField(file, dataSize) && dataSize <= file.GetBytesLeft();
+    const bool header = ReadField(file, formatTag) && ReadField(file, channels) && ReadField(file, samplesPerSec) &&
+                        ReadField(file, avgBytesPerSec) && ReadField(file, blockAlign) &&
+                        ReadField(file, bitsPerSample) && ReadField(file, extraSize) && ReadField(file, dataSize);
+    bool ok = header && dataSize <= file.GetBytesLeft();
     unsigned char* data = nullptr;
     if (ok && dataSize)
     {
@@ -203,6 +223,15 @@ unsigned long QorSndBlock::LoadQSG(QorFile& file)
     }
     if (!ok)
     {
+        if (file.GetFileLength() == 0)
+            qor::detail::FileError(file, 0, "the file is empty");
+        else if (!header)
+            qor::detail::FileError(file, file.GetPosition(), "truncated: the QSG header ends early");
+        else if (data || dataSize > file.GetBytesLeft())
+            qor::detail::FileError(file, file.GetPosition(), "truncated QSG sound: %u sample bytes announced, %lu left",
+                                   dataSize, file.GetBytesLeft());
+        else
+            qor::detail::FileError(file, file.GetPosition(), "no room for %u sample bytes", dataSize);
         delete[] data;
         file.Seek(start, 0, 1);
         return 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "qor/core.h"
 #include "qor/files.h"
 
@@ -8,7 +10,7 @@
 /// One sound as uncompressed PCM samples with the description of their format. 8-bit samples are
 /// unsigned, 16-bit samples signed little-endian, interleaved by channel.
 /// \note Stored in groups as a QSG record: 22 bytes of format fields and data size, then the samples.
-class QorSndBlock : public QorDataBlock
+class QOR_API QorSndBlock : public QorDataBlock
 {
 public:
     /// Bytes of a QSG record before its samples.

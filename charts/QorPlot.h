@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "qor/core.h"
 
 #include <cstdint>
@@ -9,7 +11,7 @@ class CDC;
 
 /// Base of application objects that can stand in a chart's data array: the chart asks each one for
 /// GetPlotValue().
-class QorPlotCompatibleObj
+class QOR_API QorPlotCompatibleObj
 {
 public:
     QorPlotCompatibleObj() = default;
@@ -35,7 +37,7 @@ protected:
 /// Error code 2 records a data index out of range (GetDef, GetValue).
 /// \note The data arrays and label texts are borrowed: they must outlive the chart, and they must hold at
 ///       least def size categories (and tag size series per value row). Charts are not copyable.
-class QorPlot : public QorObj
+class QOR_API QorPlot : public QorObj
 {
 public:
     /// Element type of a data source.
@@ -234,7 +236,7 @@ private:
 
 /// Vertical bar chart.
 /// \note Drawing is not implemented: Draw paints nothing on the device, whatever the data.
-class PlotVBar : public QorPlot
+class QOR_API PlotVBar : public QorPlot
 {
 public:
     PlotVBar();

@@ -418,6 +418,14 @@ QorGuider QorOffScreenBuffer::CreatePic(QorPicGroup& group, long index)
     return made;
 }
 
+QorGuider QorOffScreenBuffer::CreatePic(const QorPicBlock& picture)
+{
+    const QorGuider made = CreateNewPic();
+    if (made.object)
+        static_cast<PicRecord*>(made.object)->picture = picture;
+    return made;
+}
+
 QorGuider QorOffScreenBuffer::CreatePicFromScreen()
 {
     const QorGuider made = CreateNewPic();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "QorSprite.h"
 #include "qor/core.h"
 #include "qor/files.h"
@@ -12,7 +14,7 @@ class CWnd;
 class QorIntegration;
 
 /// The description of a buffer's pixels handed to the platform: kept equal to the buffer's picture.
-struct stBitmapDesc
+struct QOR_API stBitmapDesc
 {
     std::int32_t type = 0;
     std::int32_t width = 0;
@@ -30,7 +32,7 @@ struct stBitmapDesc
 /// \note Every guider is checked against the registry before use: a null, removed or foreign guider is
 ///       refused (0, 255 or a null guider), never followed. Removal functions clear the caller's guider.
 ///       The compositor owns everything it creates and frees it all when destroyed.
-class QorOffScreenBuffer
+class QOR_API QorOffScreenBuffer
 {
 public:
     /// How the main picture is presented (the number is what matters: 0 to 8).
@@ -192,6 +194,9 @@ public:
     QorGuider CreatePic(QorPicGroup& group, const char* name);
     /// The group's picture at index.
     QorGuider CreatePic(QorPicGroup& group, long index);
+    /// A copy of a picture the program made (pixels, type, mask colour; an 8-bit picture's palette
+    /// pointer is shared, so that palette must outlive the copy's use).
+    QorGuider CreatePic(const QorPicBlock& picture);
     /// A copy of the main buffer's picture.
     QorGuider CreatePicFromScreen();
     QorGuider CreatePicFromScreen(long l, long t, long r, long b);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "qor/core.h"
 #include "qor/pictures.h"
 
@@ -8,7 +10,7 @@
 /// One picture placed at a position and depth inside a buffer of the compositor, with its drawing flags.
 /// \note The sprite never owns its picture: the compositor that made the sprite owns it. Width and height
 ///       are always those of the current picture (0 without one).
-class QorSprite
+class QOR_API QorSprite
 {
 public:
     QorSprite() = default;

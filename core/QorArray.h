@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "QorObj.h"
 
 #include <algorithm>
@@ -307,5 +309,5 @@ using UCharArray = Array<unsigned char>;
 
 /// Index of an element equal to key in the ascending values, or -1.
 /// \note For more than three values the first and the last element are never probed: they report -1.
-int halfSearch(short* values, int count, short key);
-int halfSearch(long* values, int count, long key);
+QOR_API int halfSearch(short* values, int count, short key);
+QOR_API int halfSearch(long* values, int count, long key);

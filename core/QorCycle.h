@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "QorObj.h"
 
 #include <cstdint>
@@ -216,7 +218,7 @@ private:
 };
 
 /// The untyped cycle of void pointers on which the registries rest.
-class VoidPtrCycle : public Cycle<void*>
+class QOR_API VoidPtrCycle : public Cycle<void*>
 {
 public:
     using Cycle<void*>::Insert;

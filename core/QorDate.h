@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include <cstdint>
 
 class QorFile;
@@ -8,7 +10,7 @@ class QorFile;
 /// also in 12-hour form. A date is empty when month and day are both 0.
 /// \note GetCurrent counts the day of week from Sunday = 1; dates from QorFile::GetFileTime count from
 ///       Sunday = 0.
-class QorDate
+class QOR_API QorDate
 {
 public:
     /// An empty date: year 1911, local year 0, everything else 0.
@@ -47,4 +49,4 @@ public:
 
 /// Whole years from the earlier to the later date; one less unless the later date's month and day are
 /// both at least the earlier one's (so 15 March 1990 to 1 May 2000 gives 9). Equal dates give 0.
-short CountAge(QorDate& a, QorDate& b);
+QOR_API short CountAge(QorDate& a, QorDate& b);

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include <cstdint>
 
 /// Double-precision complex number.
-class Complex
+class QOR_API Complex
 {
 public:
     /// re + 0i; the default is 0 + 0i.
@@ -50,18 +52,18 @@ private:
 /// greater and y the smaller, repeats r = x % y, x = y, y = r while r > 0 and returns x.
 /// \note Only positive arguments give the mathematical gcd. With a negative argument the loop stops at the
 ///       first remainder that is not positive: _gcd(-3, 6) is -3, _gcd(7, -4) is 3, _gcd(-4, -6) is -6.
-long _gcd(long a, long b);
+QOR_API long _gcd(long a, long b);
 
 /// (a / _gcd(a, b)) * b, or 0 when a or b is 0. The sign follows from _gcd's.
 /// \note A product beyond the range of long wraps modulo 2^64 (two's complement) instead of overflowing;
 ///       for 32-bit arguments it is always exact.
-long _lcm(long a, long b);
+QOR_API long _lcm(long a, long b);
 
 /// Fraction of two 32-bit signed integers. A denominator of 0 marks an undefined fraction.
 /// \note Arithmetic is 32-bit two's complement, as on the 32-bit machines the type was made for:
 ///       a numerator or denominator that leaves the 32-bit range wraps around (it never traps). Values
 ///       passed as long keep their low 32 bits. The sign is not normalised (see Simplify).
-class QorFrac32
+class QOR_API QorFrac32
 {
 public:
     /// 0/1.
@@ -110,21 +112,21 @@ private:
     std::int32_t m_denominator = 1;
 };
 
-QorFrac32 operator+(QorFrac32 a, const QorFrac32& b);
-QorFrac32 operator-(QorFrac32 a, const QorFrac32& b);
-QorFrac32 operator*(QorFrac32 a, const QorFrac32& b);
-QorFrac32 operator/(QorFrac32 a, const QorFrac32& b);
+QOR_API QorFrac32 operator+(QorFrac32 a, const QorFrac32& b);
+QOR_API QorFrac32 operator-(QorFrac32 a, const QorFrac32& b);
+QOR_API QorFrac32 operator*(QorFrac32 a, const QorFrac32& b);
+QOR_API QorFrac32 operator/(QorFrac32 a, const QorFrac32& b);
 
 /// Compares (l / d1)·n1 with (l / d2)·n2 where l = _lcm(d1, d2): 1 or 0, or 255 when either is undefined.
 /// \note Meaningful for denominators of the same sign; 1/-2 > 1/3 answers 1.
-unsigned char operator>(const QorFrac32& a, const QorFrac32& b);
-unsigned char operator<(const QorFrac32& a, const QorFrac32& b);
-unsigned char operator>=(const QorFrac32& a, const QorFrac32& b);
-unsigned char operator<=(const QorFrac32& a, const QorFrac32& b);
+QOR_API unsigned char operator>(const QorFrac32& a, const QorFrac32& b);
+QOR_API unsigned char operator<(const QorFrac32& a, const QorFrac32& b);
+QOR_API unsigned char operator>=(const QorFrac32& a, const QorFrac32& b);
+QOR_API unsigned char operator<=(const QorFrac32& a, const QorFrac32& b);
 
 /// Portable additive (lagged Fibonacci) random generator over 55 decimal states modulo 10^8: the same seed
 /// gives the same sequence on every machine.
-class QorRandom
+class QOR_API QorRandom
 {
 public:
     /// The modulus of the states.

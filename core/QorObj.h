@@ -1,10 +1,12 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include <cstdint>
 
 /// Base of the objects that keep a sticky error code (0 none, 1 allocation failed, 4 range clamped).
 /// \note Codes are never cleared by the library; call SetException(0) before testing a later operation.
-class QorObj
+class QOR_API QorObj
 {
 public:
     QorObj() = default;
@@ -25,7 +27,7 @@ protected:
 };
 
 /// A fuller error record: code, a 200-byte message area and a further value.
-class QorException
+class QOR_API QorException
 {
 public:
     enum { kTextSize = 200 };
@@ -44,4 +46,4 @@ public:
 };
 
 /// Message texts of the tree containers' error codes 0 to 10; other codes have no entry.
-extern const char* const TREE_ERR[11];
+extern QOR_API const char* const TREE_ERR[11];

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include <cstdint>
 
 class QorFile;
@@ -18,7 +20,7 @@ struct Point
 };
 
 /// Rectangle of 32-bit signed coordinates with inclusive edges: width = right - left + 1.
-struct QorRect
+struct QOR_API QorRect
 {
     QorRect() = default;
     /// Stores the corners, swapping left/right and top/bottom when reversed.
@@ -74,7 +76,7 @@ struct QorRect
 /// Handle of an object in a registry: the registry's serial number, its node and a free 16-bit tag.
 /// \note Equality compares identifier and object, not the tag. A handle read from a file has no object
 ///       until its registry attaches one.
-struct QorGuider
+struct QOR_API QorGuider
 {
     void Reset()
     {

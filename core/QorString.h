@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "QorArray.h"
 #include "QorObj.h"
 
@@ -7,7 +9,7 @@ class QorFile;
 
 /// Byte string (single-byte and Big5 text alike, never interpreted) kept in a UCharArray that always
 /// ends with one zero byte. Error code 4 records that Left, Right or Mid clamped a range.
-class QorString : public QorObj
+class QOR_API QorString : public QorObj
 {
 public:
     QorString();
@@ -110,8 +112,8 @@ private:
     UCharArray m_text;
 };
 
-QorString operator+(const QorString& a, const QorString& b);
-QorString operator+(const QorString& a, const char* b);
-QorString operator+(const QorString& a, const unsigned char* b);
-QorString operator+(const char* a, const QorString& b);
-QorString operator+(const unsigned char* a, const QorString& b);
+QOR_API QorString operator+(const QorString& a, const QorString& b);
+QOR_API QorString operator+(const QorString& a, const char* b);
+QOR_API QorString operator+(const QorString& a, const unsigned char* b);
+QOR_API QorString operator+(const char* a, const QorString& b);
+QOR_API QorString operator+(const unsigned char* a, const QorString& b);

@@ -1,7 +1,7 @@
 // The demo's scene and timeline; see DemoScene.h.
 #include "DemoScene.h"
 
-#include "platform/sdl2/QorSdlPicture.h"
+#include "qor/pictures.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -365,33 +365,11 @@ void DemoScene::Shoot(int t)
     const auto* shot = std::find_if(std::begin(kShots), std::end(kShots), [t](const auto& s) { return s.tick == t; });
     if (shot == std::end(kShots))
         return;
-    // What the window shows: the frame drawn into a 32-bit section through the realised palette.
-    BITMAPINFO info = {};
-    info.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
-    info.bmiHeader.biWidth = LONG(kScreenW);
-    info.bmiHeader.biHeight = -LONG(kScreenH);
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    info.bmiHeader.biCompression = BI_RGB;
-    void* bits = nullptr;
-    HBITMAP section = ::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    if (!section)
-        return;
-    CDC dc;
-    dc.CreateCompatibleDC(nullptr);
-    HGDIOBJ previous = ::SelectObject(dc.GetSafeHdc(), section);
-    m_screen.DrawToDC(&dc, 0, 0);
-
     stDemoShot taken;
     taken.tick = t;
     taken.name = shot->name;
-    taken.picture.Reset(QorPicBlock::Bit32, kScreenW, kScreenH);
-    std::memcpy(taken.picture.GetDataPtr(), bits, taken.picture.GetSize());
-    for (unsigned long i = 3; i < taken.picture.GetSize(); i += 4)
-        taken.picture.GetDataPtr()[i] = 0;
-    ::SelectObject(dc.GetSafeHdc(), previous);
-    dc.DeleteDC();
-    ::DeleteObject(section);
+    if (!QorCaptureScreen(m_screen, taken.picture))
+        return;
 
     if (!m_options.outputDirectory.empty())
     {

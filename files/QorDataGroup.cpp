@@ -1,5 +1,8 @@
 #include "QorDataGroup.h"
 
+#include "core/QorError.h"
+#include "files/FileError.h"
+
 #include <algorithm>
 #include <cstring>
 #include <new>
@@ -74,7 +77,7 @@ char QorDataGroup::Open(const char* path)
 {
     CleanHeader();
     if (!path)
-        return 0;
+        return QorSetError("opening a group file: no path");
     m_fileName = path;
     if (!m_file.Open(path, QorFile::kRead))
         return 0;
@@ -82,15 +85,32 @@ char QorDataGroup::Open(const char* path)
     // Every claim of the header is checked against the file's size before anything is allocated.
     const unsigned long length = m_file.GetFileLength();
     unsigned char header[kHeaderSize];
-    if (length < kHeaderSize || m_file.Read(header, kHeaderSize) != kHeaderSize ||
-        std::memcmp(header, m_magic, sizeof m_magic) != 0)
+    if (length < kHeaderSize || m_file.Read(header, kHeaderSize) != kHeaderSize)
     {
+        if (length == 0)
+            qor::detail::FileError(m_file, 0, "the file is empty");
+        else
+            qor::detail::FileError(m_file, length, "truncated: %lu of the %lu bytes of the group header", length,
+                                   static_cast<unsigned long>(kHeaderSize));
+        m_file.Close();
+        return 0;
+    }
+    if (std::memcmp(header, m_magic, sizeof m_magic) != 0)
+    {
+        // Printed as bytes: the picture group's magic starts with a zero byte.
+        qor::detail::FileError(m_file, 0,
+                               "not this kind of group: the magic is %02X %02X %02X %02X, not %02X %02X %02X %02X",
+                               header[0], header[1], header[2], header[3], m_magic[0], m_magic[1], m_magic[2],
+                               m_magic[3]);
         m_file.Close();
         return 0;
     }
     const std::uint32_t count = DecodeLE32(header + 24);
     if (count > (length - kHeaderSize) / kEntrySize)
     {
+        qor::detail::FileError(m_file, 24, "truncated: %u blocks need a %llu-byte table, the file has %lu bytes after "
+                               "the header", count, static_cast<unsigned long long>(count) * kEntrySize,
+                               length - kHeaderSize);
         m_file.Close();
         return 0;
     }
@@ -100,10 +120,15 @@ char QorDataGroup::Open(const char* path)
     std::unique_ptr<unsigned char[]> table(new (std::nothrow) unsigned char[std::size_t(count) * 4 + 1]);
     bool ok = offsets && names && table;
     ok = ok && m_file.Read(table.get(), std::size_t(count) * 4) == std::size_t(count) * 4;
+    if (!offsets || !names || !table)
+        qor::detail::FileError(m_file, kHeaderSize, "no room for a table of %u blocks", count);
     for (std::uint32_t i = 0; ok && i < count; ++i)
     {
         offsets[i] = DecodeLE32(table.get() + 4 * i);
         ok = offsets[i] <= length;
+        if (!ok)
+            qor::detail::FileError(m_file, kHeaderSize + 4 * i, "block %u starts at byte %u, past the end (%lu)", i,
+                                   offsets[i], length);
     }
     for (std::uint32_t i = 0; ok && i < count; ++i)
     {
@@ -135,7 +160,7 @@ char QorDataGroup::LoadData(QorDataBlock* block, const char* name)
 {
     const long index = FindData(name);
     if (index < 0)
-        return 0;
+        return QorSetError("%s: no block named \"%s\"", static_cast<const char*>(m_fileName), name ? name : "(null)");
     return LoadData(block, static_cast<unsigned long>(index));
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "qor/core.h"
 #include "QorFile.h"
 
@@ -8,7 +10,7 @@
 #include <vector>
 
 /// Anything that can be stored as a block of a group file: it reads and writes itself on a stream.
-class QorDataBlock
+class QOR_API QorDataBlock
 {
 public:
     QorDataBlock() = default;
@@ -25,7 +27,7 @@ public:
 /// A file of named blocks: a header with a table of offsets and 31-byte names, then the blocks.
 /// Derived groups differ only in the magic of their first four bytes.
 /// \note The file stays closed between loads; Open reads the whole table once.
-class QorDataGroup
+class QOR_API QorDataGroup
 {
 public:
     enum : unsigned long { kNameSize = 31, kHeaderSize = 28, kEntrySize = 4 + kNameSize };
@@ -83,7 +85,7 @@ private:
 
 /// Writes group files: collects named blocks, then lays them out after the header in the order added.
 /// \note Blocks are not copied: each must stay alive until Write.
-class QorDataGroupWriter
+class QOR_API QorDataGroupWriter
 {
 public:
     /// A writer for groups whose first four bytes are magic (version 0x00010000, reserved words 0).

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "qor/core.h"
 
 // Directory trees and program-menu shortcuts, for installing and removing an application's files.
@@ -14,45 +16,45 @@
 // the link and leaves its target alone, and measuring does not count it.
 
 /// Creates every missing level of path. Levels that already exist are kept; nothing is reported.
-void QorCreateDirectory(const char* path);
+QOR_API void QorCreateDirectory(const char* path);
 
 /// Creates to (every level) and copies the regular files of from into it, overwriting files of the same
 /// name, and the subdirectories too when recursive. Returns the bytes of the files copied (0 when from
 /// cannot be opened; to is still created). Each copy keeps the source's modification time and permission
 /// bits and is made readable and writable by its owner, so copied read-only files can later be changed.
 /// \note Copying a directory onto itself copies nothing; a target inside from is not copied into itself.
-unsigned long QorCopyDirectory(const char* from, const char* to, char recursive);
+QOR_API unsigned long QorCopyDirectory(const char* from, const char* to, char recursive);
 
 /// Not recursive: removes the files (and links) directly in path and keeps path and its subdirectories.
 /// Recursive: removes the whole tree, contents before their directory, and last path itself.
 /// \note path itself must not be a symbolic link, and the file system root is never deleted.
-void QorDeleteDirectory(const char* path, char recursive);
+QOR_API void QorDeleteDirectory(const char* path, char recursive);
 
 /// Total bytes of the regular files in path (and in its subdirectories when recursive); 0 when path
 /// cannot be opened.
-unsigned long QorGetDirectorySize(const char* path, char recursive);
+QOR_API unsigned long QorGetDirectorySize(const char* path, char recursive);
 
 /// Bytes free to this user on the file system holding root (any path on it), or 0 when the query fails.
 /// \note The product is computed in 32 bits, so more than 4 GiB free wraps (5 GiB free reads as 1 GiB).
 /// Use QorGetFreeDiskSpace64 for the true figure.
-unsigned long QorGetFreeDiskSpace(const char* root);
+QOR_API unsigned long QorGetFreeDiskSpace(const char* root);
 
 /// Bytes free to this user on the file system holding root, unwrapped (saturating), or 0 when the query
 /// fails.
-unsigned long long QorGetFreeDiskSpace64(const char* root);
+QOR_API unsigned long long QorGetFreeDiskSpace64(const char* root);
 
 /// Sets the data home under which program menus live (normally $XDG_DATA_HOME, which the program reads
 /// itself if it wants it). Null or empty returns to the default: the user's home directory from the
 /// password database followed by "/.local/share".
-void QorSetDataHome(const char* path);
+QOR_API void QorSetDataHome(const char* path);
 
 /// The data home in use, '/'-separated; empty when no default can be found.
-QorString QorGetDataHome();
+QOR_API QorString QorGetDataHome();
 
 /// The program-menu folder of group: <data home>/applications/<group>, where the group's own separators
 /// make nested folders. Empty when there is no data home, or when group holds a "." or ".." level or a
 /// name that cannot exist here. Nothing is created.
-QorString QorGetShortcutDir(const char* group);
+QOR_API QorString QorGetShortcutDir(const char* group);
 
 /// Creates the desktop entry <name>.desktop in the menu folder of group (creating the folder), of type
 /// Application, with Name=name, Comment=description, Exec=target (one program path, quoted as a single
@@ -62,5 +64,5 @@ QorString QorGetShortcutDir(const char* group);
 /// directory are paths and keep their bytes.
 /// Returns false for an empty name or target, a name holding a separator (or being "." or ".."), a group
 /// refused by QorGetShortcutDir, a link in place of the entry, or a folder or file that cannot be written.
-char QorCreateShortcut(const char* group, const char* name, const char* target, const char* workDir,
-                       const char* description);
+QOR_API char QorCreateShortcut(const char* group, const char* name, const char* target, const char* workDir,
+                               const char* description);

@@ -1,7 +1,12 @@
 #include "QorFile.h"
 
+#include "core/QorError.h"
+#include "files/FileError.h"
+
 #include <algorithm>
 #include <cerrno>
+#include <cstdarg>
+#include <cstdio>
 #include <climits>
 #include <cstring>
 #include <ctime>
@@ -22,7 +27,8 @@ QorFile::QorFile(const QorFile& other)
       m_mode(other.m_mode),
       m_position(other.m_position),
       m_ownsDescriptor(false),
-      m_readLimit(other.m_readLimit)
+      m_readLimit(other.m_readLimit),
+      m_path(other.m_path)
 {
 }
 
@@ -36,6 +42,7 @@ QorFile& QorFile::operator=(const QorFile& other)
     m_mode = other.m_mode;
     m_position = other.m_position;
     m_readLimit = other.m_readLimit;
+    m_path = other.m_path;
     m_ownsDescriptor = false;
     return *this;
 }
@@ -45,7 +52,7 @@ char QorFile::Open(const char* path, unsigned int mode)
     Close();
     m_mode = mode;
     if (!path)
-        return 0;
+        return QorSetError("opening a file: no path");
     int flags = 0;
     switch (mode & 7)
     {
@@ -59,15 +66,17 @@ char QorFile::Open(const char* path, unsigned int mode)
         flags = O_WRONLY | O_CREAT | O_APPEND;
         break;
     default:
-        return 0;
+        return QorSetError("%s: open mode %u is not 1 (write), 2 (read) or 3 (append)", path, mode & 7);
     }
     int fd;
     do
         fd = ::open(path, flags | O_CLOEXEC, 0666);
     while (fd == -1 && errno == EINTR);
     if (fd == -1)
-        return 0;
+        return QorSetError("%s: cannot open for %s: %s", path, (mode & 7) == kRead ? "reading" : "writing",
+                           std::strerror(errno));
     m_descriptor = fd;
+    m_path = path;
     m_position = 0;
     m_ownsDescriptor = true;
     m_readLimit = 0;
@@ -89,6 +98,7 @@ void QorFile::Close()
     m_position = 0;
     m_ownsDescriptor = true;
     m_readLimit = 0;
+    m_path.clear();
 }
 
 int QorFile::Flush()
@@ -320,4 +330,15 @@ char QorFile::GetFileTime(const char* path, QorDate* created, QorDate* accessed,
 char QorFile::GetFileTime(QorString& path, QorDate* created, QorDate* accessed, QorDate* written)
 {
     return GetFileTime(static_cast<const char*>(path), created, accessed, written);
+}
+
+char qor::detail::FileError(const QorFile& file, unsigned long offset, const char* format, ...)
+{
+    char what[400];
+    std::va_list args;
+    va_start(args, format);
+    std::vsnprintf(what, sizeof what, format, args);
+    va_end(args);
+    const char* path = file.GetPath();
+    return QorSetError("%s: byte %lu: %s", *path ? path : "(stream)", offset, what);
 }

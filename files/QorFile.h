@@ -1,13 +1,16 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "qor/core.h"
 
 #include <cstdint>
+#include <string>
 
 /// Little-endian binary file stream over a POSIX descriptor, keeping its own byte position.
 /// Modes: 1 write a new file, 2 read, 3 append. The stream operators do not report short reads;
 /// compare GetPosition or a Load result when it matters.
-class QorFile : public QorObj
+class QOR_API QorFile : public QorObj
 {
 public:
     enum : unsigned int { kWrite = 1, kRead = 2, kAppend = 3 };
@@ -23,6 +26,8 @@ public:
     char Open(const char* path, unsigned int mode);
     char Open(QorString& path, unsigned int mode);
     void Close();
+    /// The path the stream was opened with, "" when closed; readers name it in QorGetLastError's text.
+    const char* GetPath() const { return m_path.c_str(); }
     /// Commits the written data to disk; 0 on success, -1 on failure.
     int Flush();
     char IsOpen() const { return m_descriptor != -1; }
@@ -87,4 +92,5 @@ private:
     std::uint32_t m_position = 0;
     bool m_ownsDescriptor = true;
     unsigned long m_readLimit = 0;
+    std::string m_path;
 };

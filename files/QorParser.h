@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "QorFile.h"
 #include "qor/core.h"
 
@@ -11,7 +13,7 @@
 /// byte is never taken for an operator, separator or line end.
 /// Lines count line feeds: a lone carriage return ends a GetNextLine line but does not start a new line
 /// number. Texts and files are read up to 4 GiB.
-class QorParser : public QorObj
+class QOR_API QorParser : public QorObj
 {
 public:
     /// What GetNextToken found; the value 2 is never produced.

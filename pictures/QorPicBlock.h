@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "qor/core.h"
 #include "qor/files.h"
 #include "qor/platform.h"
@@ -7,7 +9,7 @@
 #include <cstdint>
 
 /// A palette entry: red, green, blue, then a flags byte (4 by default: never collapse onto another entry).
-struct stPaletteEntry
+struct QOR_API stPaletteEntry
 {
     stPaletteEntry() = default;
     /// The four bytes of value, lowest first: red, green, blue, flags.
@@ -33,7 +35,7 @@ static_assert(sizeof(stPaletteEntry) == 4, "a palette entry is four bytes");
 /// mask colour (the transparent key) and a borrowed palette for 8-bit pictures.
 /// \note Pixel (x, y) starts at byte (width * y + x) * bytes per pixel. Colours are passed as pointers to
 ///       bytes-per-pixel bytes in the picture's own layout; rectangles are inclusive on all four sides.
-class QorPicBlock : public QorDataBlock
+class QOR_API QorPicBlock : public QorDataBlock
 {
 public:
     enum ColorType : std::int32_t
@@ -258,20 +260,20 @@ private:
 /// rows padded to 4 bytes, colour table skipped) into a new[] buffer stored in bits for the caller to
 /// delete[]. False, bits untouched, for an unreadable file, a wrong type word or header size, or sizes
 /// the file cannot supply (including rows that would not fit in the pixel bytes).
-char LoadBMP(const char* path, BITMAPCOREHEADER* header, unsigned char** bits);
+QOR_API char LoadBMP(const char* path, BITMAPCOREHEADER* header, unsigned char** bits);
 /// The same for a BMP file with a 40-byte information header.
-char LoadBMP(const char* path, BITMAPINFOHEADER* header, unsigned char** bits);
+QOR_API char LoadBMP(const char* path, BITMAPINFOHEADER* header, unsigned char** bits);
 /// Turns the rows of bits (padded to 4 bytes) upside down; a height below 1 changes nothing.
 /// \note bits must hold the rows that header describes, as LoadBMP's result does.
-void VerticalReverse(unsigned char* bits, BITMAPINFOHEADER* header);
+QOR_API void VerticalReverse(unsigned char* bits, BITMAPINFOHEADER* header);
 
 /// Draws text top to bottom from (x, y), one character at a time, stepping by the font's character
 /// height (upwards in mapping modes other than MM_TEXT). A byte of 0xA0 or more starts a two-byte
 /// character. False only when the font metrics cannot be read.
-char VerticalTextOut(CDC* dc, int x, int y, const char* text);
-char VerticalTextOut(CDC* dc, int x, int y, const unsigned char* text);
-char VerticalTextOut(CDC* dc, int x, int y, const QorString& text);
+QOR_API char VerticalTextOut(CDC* dc, int x, int y, const char* text);
+QOR_API char VerticalTextOut(CDC* dc, int x, int y, const unsigned char* text);
+QOR_API char VerticalTextOut(CDC* dc, int x, int y, const QorString& text);
 /// Draws text bottom to top: the first character lowest, the last at y.
-char VerticalTextOutR(CDC* dc, int x, int y, const char* text);
-char VerticalTextOutR(CDC* dc, int x, int y, const unsigned char* text);
-char VerticalTextOutR(CDC* dc, int x, int y, const QorString& text);
+QOR_API char VerticalTextOutR(CDC* dc, int x, int y, const char* text);
+QOR_API char VerticalTextOutR(CDC* dc, int x, int y, const unsigned char* text);
+QOR_API char VerticalTextOutR(CDC* dc, int x, int y, const QorString& text);

@@ -1,5 +1,8 @@
 #include "QorPicBlock.h"
 
+#include "core/QorError.h"
+#include "files/FileError.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -31,6 +34,19 @@ bool IsColorType(std::int32_t type)
 unsigned BitsOfType(std::int32_t type)
 {
     return static_cast<unsigned>(type) * 8;
+}
+
+// Why a header of n bytes could not be read whole at start: an empty file or a truncated one.
+char ShortHeader(QorFile& file, unsigned long start, unsigned long got, unsigned long n, const char* what)
+{
+    if (file.GetFileLength() == 0)
+        return qor::detail::FileError(file, start, "the file is empty");
+    return qor::detail::FileError(file, start + got, "truncated: %lu of the %lu bytes of the %s", got, n, what);
+}
+
+char NotOpen(const char* what)
+{
+    return QorSetError("reading %s: the stream is not open", what);
 }
 } // namespace
 
@@ -69,11 +85,19 @@ unsigned long QorPicBlock::SaveQBM(QorFile& file)
 unsigned long QorPicBlock::LoadQBM(QorFile& file)
 {
     if (!file.IsOpen())
-        return 0;
+        return NotOpen("a QBM picture");
     const unsigned long start = file.GetPosition();
     unsigned char header[32];
-    if (file.Read(header, 4) != 4 || std::memcmp(header, m_tag, 4) != 0 || file.Read(header + 4, 28) != 28)
+    const unsigned long got = file.Read(header, 4);
+    const bool tagged = got == 4 && std::memcmp(header, m_tag, 4) == 0;
+    const unsigned long rest = tagged ? file.Read(header + 4, 28) : 0;
+    if (!tagged || rest != 28)
     {
+        if (got == 4 && !tagged)
+            qor::detail::FileError(file, start, "not a QBM picture: the tag is \"%.4s\", not \"BMPQ\"",
+                                   reinterpret_cast<const char*>(header));
+        else
+            ShortHeader(file, start, got + rest, 32, "QBM header");
         file.Seek(start, 0, 1);
         return 0;
     }
@@ -101,11 +125,14 @@ unsigned long QorPicBlock::SaveQGB(QorFile& file)
 unsigned long QorPicBlock::LoadQGB(QorFile& file)
 {
     if (!file.IsOpen())
-        return 0;
+        return NotOpen("a QGB picture");
     const unsigned long start = file.GetPosition();
     unsigned char header[12];
     unsigned long read = 0;
-    if (file.Read(header, sizeof header) == sizeof header)
+    const unsigned long got = file.Read(header, sizeof header);
+    if (got != sizeof header)
+        ShortHeader(file, start, got, sizeof header, "QGB header");
+    else
     {
         const auto type = static_cast<std::int32_t>(GetLE(header, 4));
         const auto w = static_cast<std::int32_t>(GetLE(header + 4, 4));
@@ -121,20 +148,23 @@ unsigned long QorPicBlock::LoadQGB(QorFile& file)
 // changes, then resizes and reads the pixels and the mask colour. Returns 0 for a refused header.
 unsigned long QorPicBlock::ReadPixels(QorFile& file, ColorType type, long w, long h, unsigned long header)
 {
+    const unsigned long pixelsAt = file.GetPosition();
     if (!IsColorType(type))
-        return 0;
+        return qor::detail::FileError(file, pixelsAt - header, "picture type %d is not 1 to 4", int(type));
     const std::uint64_t size = (std::uint64_t(BitsOfType(type)) * std::uint64_t(std::max(w, 0L)) *
                                     std::uint64_t(std::max(h, 0L)) + 7) / 8;
     if (size > UINT32_MAX || size > file.GetBytesLeft())
-        return 0;
+        return qor::detail::FileError(file, pixelsAt, "truncated: a %ld x %ld picture needs %llu pixel bytes, %lu left",
+                                      w, h, static_cast<unsigned long long>(size), file.GetBytesLeft());
     // An attached buffer never changes size, so it only takes a picture of its own type and size.
     if (m_attached && (type != m_colorType || std::max(w, 0L) != m_width || std::max(h, 0L) != m_height))
-        return 0;
+        return qor::detail::FileError(file, pixelsAt, "the attached picture cannot become a %ld x %ld picture", w, h);
     Reset(type, w, h);
     // The buffer must hold the pixels: not so after a failed allocation, or for an attached buffer whose
     // type was widened after Attach. A picture without pixel bytes (0 wide or 0 high) has nothing to hold.
     if (GetSize() != size || (size && (!m_data || m_capacity < size)))
-        return 0;
+        return qor::detail::FileError(file, pixelsAt, "no room for %llu pixel bytes",
+                                      static_cast<unsigned long long>(size));
     unsigned long total = header;
     total += file.Read(m_data, size);
     total += file.Read(m_mask, m_bytesPerPixel);
@@ -144,7 +174,7 @@ unsigned long QorPicBlock::ReadPixels(QorFile& file, ColorType type, long w, lon
 unsigned long QorPicBlock::LoadFix(QorFile& file, QorString& sizeText)
 {
     if (!file.IsOpen())
-        return 0;
+        return NotOpen("a FIX picture");
     // Five characters are always skipped; then the width up to a blank, then the height up to a blank.
     const char* text = sizeText;
     const unsigned long length = sizeText.GetLength();
@@ -163,13 +193,14 @@ unsigned long QorPicBlock::LoadFix(QorFile& file, QorString& sizeText)
     // The size is the caller's, not the file's: a short stream is a short read, counted in the result.
     // Only a size no picture can hold is refused.
     const std::uint64_t size = std::uint64_t(std::max(w, 0L)) * std::uint64_t(std::max(h, 0L));
+    const unsigned long at = file.GetPosition();
     if (size > UINT32_MAX)
-        return 0;
+        return qor::detail::FileError(file, at, "a %ld x %ld FIX picture is larger than any picture can be", w, h);
     if (m_attached && (m_colorType != Bit8 || std::max(w, 0L) != m_width || std::max(h, 0L) != m_height))
-        return 0;
+        return qor::detail::FileError(file, at, "the attached picture cannot become a %ld x %ld picture", w, h);
     Reset(Bit8, w, h);
     if (GetSize() != size)
-        return 0;
+        return qor::detail::FileError(file, at, "no room for %llu pixel bytes", static_cast<unsigned long long>(size));
     return file.Read(m_data, size);
 }
 
@@ -188,12 +219,14 @@ unsigned long QorPicBlock::Load(QorString& tag, QorFile& file)
         QorString rest = tag.Right(tag.GetLength() - 5);
         return LoadFix(file, rest);
     }
-    return 0;
+    return qor::detail::FileError(file, file.GetPosition(), "unknown picture format \"%s\"",
+                                  static_cast<const char*>(tag));
 }
 
-unsigned long QorPicBlock::Load(QorFile&)
+unsigned long QorPicBlock::Load(QorFile& file)
 {
-    return 0;
+    return qor::detail::FileError(file, file.GetPosition(),
+                                  "BMP and PCX pictures are not decoded from a stream; use QorLoadPicture");
 }
 
 namespace
@@ -212,34 +245,43 @@ template <typename Header, typename Decode, typename Rows>
 char ReadBmp(const char* path, Header* header, unsigned char** bits, unsigned long headerSize, Decode decode, Rows rows)
 {
     if (!path || !header || !bits)
-        return 0;
+        return QorSetError("reading a BMP file: no path or no place for the result");
     QorFile file;
     if (!file.Open(path, QorFile::kRead))
         return 0;
     unsigned char fileHeader[14];
-    if (file.Read(fileHeader, sizeof fileHeader) != sizeof fileHeader || GetLE(fileHeader, 2) != 0x4D42)
-        return 0;
+    const unsigned long got = file.Read(fileHeader, sizeof fileHeader);
+    if (got != sizeof fileHeader)
+        return ShortHeader(file, 0, got, sizeof fileHeader, "BMP file header");
+    if (GetLE(fileHeader, 2) != 0x4D42)
+        return qor::detail::FileError(file, 0, "not a BMP file: the tag is \"%.2s\", not \"BM\"",
+                                      reinterpret_cast<const char*>(fileHeader));
     unsigned char raw[40] = {};
-    if (file.Read(raw, headerSize) != headerSize)
-        return 0;
+    const unsigned long gotInfo = file.Read(raw, headerSize);
+    if (gotInfo != headerSize)
+        return ShortHeader(file, 14, gotInfo, headerSize, "BMP info header");
     decode(raw, header);
     if (GetLE(raw, 4) != headerSize)
-        return 0;
+        return qor::detail::FileError(file, 14, "the info header says %u bytes, this reader takes %lu", GetLE(raw, 4),
+                                      headerSize);
 
     const std::uint32_t fileSize = GetLE(fileHeader + 2, 4);
     const std::uint32_t offBits = GetLE(fileHeader + 10, 4);
     const unsigned long length = file.GetFileLength();
     // The pixel bytes must lie in the file and hold every row the header describes.
-    if (fileSize < offBits || offBits > length || fileSize - offBits > length - offBits ||
-        rows(*header) > fileSize - offBits)
-        return 0;
+    if (fileSize < offBits || offBits > length || fileSize - offBits > length - offBits)
+        return qor::detail::FileError(file, 2, "truncated: the header claims %u bytes with pixels from byte %u, the "
+                                      "file has %lu", fileSize, offBits, length);
+    if (rows(*header) > fileSize - offBits)
+        return qor::detail::FileError(file, offBits, "truncated: the rows need %llu bytes, the file holds %u",
+                                      static_cast<unsigned long long>(rows(*header)), fileSize - offBits);
     const std::uint32_t n = fileSize - offBits;
     std::unique_ptr<unsigned char[]> buffer(new (std::nothrow) unsigned char[n ? n : 1]());
     if (!buffer)
-        return 0;
+        return qor::detail::FileError(file, offBits, "no room for %u pixel bytes", n);
     file.Seek(offBits, 0, 1);
     if (file.Read(buffer.get(), n) != n)
-        return 0;
+        return qor::detail::FileError(file, offBits, "truncated: fewer than %u pixel bytes", n);
     *bits = buffer.release();
     return 1;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 // The wave output device: how many devices there are, which of the twelve PCM formats each plays, and
 // an open device that plays one caller-owned buffer at a time, asynchronously, without copying it. The
 // calls follow the wave API the library was written against: a result code per call, and a buffer
@@ -44,7 +46,7 @@ constexpr std::uint32_t QorWaveFormatBit(int rateIndex, bool stereo, bool sixtee
 constexpr std::uint32_t kWaveAllFormats = 0xFFF;
 
 /// A PCM output format.
-struct stWaveFormat
+struct QOR_API stWaveFormat
 {
     std::int16_t formatTag = 0;
     std::int16_t channels = 0;
@@ -55,7 +57,7 @@ struct stWaveFormat
 };
 
 /// What a device is and plays.
-struct stWaveOutCaps
+struct QOR_API stWaveOutCaps
 {
     /// Zero-terminated within the 32 bytes.
     char name[32] = {};
@@ -66,7 +68,7 @@ struct stWaveOutCaps
 
 /// A buffer handed to a device. The device reads data while the header is in the queue; the caller keeps
 /// it alive and untouched until the header is done (or the device reset).
-struct stWaveHeader
+struct QOR_API stWaveHeader
 {
     unsigned char* data = nullptr;
     std::uint32_t length = 0;
@@ -77,7 +79,7 @@ struct stWaveHeader
 /// devices; the rules of the buffer header are kept here, the same for every port.
 /// \note Header flags change only inside these calls, on the caller's thread: a buffer that has been
 ///       played to its end is marked done by the next IsPlaying, Unprepare or Write that sees its header.
-class QorAudioPort
+class QOR_API QorAudioPort
 {
 public:
     virtual ~QorAudioPort() = default;
@@ -142,18 +144,18 @@ private:
 
 /// The port's wave output device, made on first use for the port QorGetPortKind names (which fixes the
 /// choice of port, as QorGetClock does).
-QorAudioPort& QorGetAudioPort();
+QOR_API QorAudioPort& QorGetAudioPort();
 /// The wave output device if one was made and still exists (not yet destroyed at exit), else null.
-QorAudioPort* QorFindAudioPort();
+QOR_API QorAudioPort* QorFindAudioPort();
 
 /// Makes the SDL2 port open its output device by name instead of the names SDL lists (null returns to the
 /// listed names). SDL's disk driver writes what it plays to the file of that name; the dummy driver takes
 /// no name. Call it before QorAudio::Initialize; the headless port ignores it.
-void QorSetAudioDeviceName(const char* name);
+QOR_API void QorSetAudioDeviceName(const char* name);
 
 /// The headless port's wave output device: devices that play at the nominal rate on the port's clock
 /// (QorGetManualClock) and record every byte they play, volume applied.
-class QorHeadlessAudioPort : public QorAudioPort
+class QOR_API QorHeadlessAudioPort : public QorAudioPort
 {
 public:
     /// Number of devices reported (1 at start). Devices added here play all twelve formats.
@@ -174,7 +176,7 @@ public:
 };
 
 /// The headless wave output device, or null when another port is in use.
-QorHeadlessAudioPort* QorGetHeadlessAudioPort();
+QOR_API QorHeadlessAudioPort* QorGetHeadlessAudioPort();
 
 namespace qor::detail
 {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 #include "core/QorString.h"
 
 #include <cstdint>
@@ -17,7 +19,7 @@ struct sqlite3_stmt;
 typedef QorString CString;
 
 /// A database file. SQL texts are run as given: quote names and bind values when building them.
-class CDaoDatabase
+class QOR_API CDaoDatabase
 {
 public:
     CDaoDatabase() = default;
@@ -48,7 +50,7 @@ private:
 /// through AddNew, Edit, Update and Delete. Any other query gives a read-only snapshot of its rows.
 /// Positions run from 0; before the first record IsBOF is true, after the last IsEOF, and both on an empty set.
 /// \note The database must outlive the record set. Views and tables without row ids are read-only.
-class CDaoRecordset
+class QOR_API CDaoRecordset
 {
 public:
     enum FieldType : int
@@ -173,7 +175,7 @@ private:
 };
 
 /// A combo box's list: texts kept in the order added.
-class CComboBox
+class QOR_API CComboBox
 {
 public:
     /// Appends text (null counts as empty); returns its index.

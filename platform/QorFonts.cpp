@@ -2,6 +2,7 @@
 #include "platform/GdiInternal.h"
 #include "platform/PlatformInternal.h"
 #include "platform/TextRaster.h"
+#include "core/QorError.h"
 #include "files/QorText.h"
 
 #include <fontconfig/fontconfig.h>
@@ -62,11 +63,19 @@ bool Match(FcPattern* pattern, const std::string& family, FaceFile& file, bool& 
         found = true;
     }
     familyMatched = false;
+    file.family.clear();
     FcChar8* name = nullptr;
     const std::string wanted = Lower(family);
     for (int i = 0; FcPatternGetString(match, FC_FAMILY, i, &name) == FcResultMatch; ++i)
-        if (name && Lower(reinterpret_cast<const char*>(name)) == wanted)
+    {
+        if (!name)
+            continue;
+        // The family reported is the one asked for when the face has it among its names, else its first.
+        if (file.family.empty() || Lower(reinterpret_cast<const char*>(name)) == wanted)
+            file.family = reinterpret_cast<const char*>(name);
+        if (Lower(reinterpret_cast<const char*>(name)) == wanted)
             familyMatched = true;
+    }
     FcPatternDestroy(match);
     return found;
 }
@@ -118,7 +127,10 @@ bool Resolve(const std::string& face, FaceFile& file)
             return FindKai(file);
     bool familyMatched = false;
     if (!MatchFamily(face, file, familyMatched))
+    {
+        file.fallback = true;
         return FindKai(file);
+    }
     if (familyMatched)
         return true;
     // fontconfig substitutes a known alias (Arial gives a metric-compatible face) but gives its
@@ -126,7 +138,10 @@ bool Resolve(const std::string& face, FaceFile& file)
     FaceFile fallback;
     bool unused = false;
     if (MatchFamily("", fallback, unused) && fallback.path == file.path && fallback.index == file.index)
+    {
+        file.fallback = true;
         return FindKai(file);
+    }
     return true;
 }
 
@@ -138,10 +153,17 @@ bool FindFaceFile(const char* big5Face, FaceFile& file)
     if (state.shutDown)
         return false;
     std::string face = big5Face ? Big5ToUtf8(big5Face, std::strlen(big5Face)) : std::string();
+    // An unknown name is reported each time a font asks for it, not only when first resolved.
+    auto report = [&face](const FaceFile& chosen) {
+        if (chosen.fallback)
+            QorSetError("font \"%s\" not found: the Kai face \"%s\" (%s) stands in", face.c_str(),
+                        chosen.family.c_str(), chosen.path.c_str());
+    };
     const auto it = state.resolved.find(face);
     if (it != state.resolved.end())
     {
         file = it->second;
+        report(file);
         return true;
     }
     if (!state.used)
@@ -149,9 +171,11 @@ bool FindFaceFile(const char* big5Face, FaceFile& file)
         state.used = true;
         RegisterPlatformShutdown();
     }
+    file = FaceFile();
     if (!Resolve(face, file))
-        return false;
+        return QorSetError("font \"%s\": fontconfig finds no font file at all", face.c_str());
     state.resolved[face] = file;
+    report(file);
     return true;
 }
 

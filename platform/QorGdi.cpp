@@ -1085,6 +1085,16 @@ BOOL CDC::GetTextMetrics(TEXTMETRICA* metrics) const
     return ::GetTextMetricsA(m_hDC, metrics);
 }
 
+int CDC::GetTextFace(int count, char* name) const
+{
+    return ::GetTextFaceA(m_hDC, count, name);
+}
+
+int CDC::GetMissingGlyphs(const char* text, int count) const
+{
+    return ::QorGetMissingGlyphs(m_hDC, text, count);
+}
+
 SIZE CDC::GetTextExtent(const char* text, int count) const
 {
     SIZE size = {0, 0};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 // The drawing layer in the roles of the Windows GDI and its class wrappers: device contexts (memory
 // contexts and the contexts of a window's client area), bitmaps and device-independent sections,
 // logical palettes on an emulated 8-bit display, fonts, brushes and pens, text, block and stretched
@@ -26,61 +28,61 @@ enum : COLORREF
 // Contexts.
 
 /// A memory context holding a 1 x 1 monochrome bitmap, compatible with dc (null: the display).
-HDC CreateCompatibleDC(HDC dc);
+QOR_API HDC CreateCompatibleDC(HDC dc);
 /// Deletes a context made by CreateCompatibleDC or GetDC; what was selected into it stays alive.
-BOOL DeleteDC(HDC dc);
+QOR_API BOOL DeleteDC(HDC dc);
 /// A context for the client area of a window; null for a window that does not exist.
-HDC GetDC(HWND window);
-int ReleaseDC(HWND window, HDC dc);
+QOR_API HDC GetDC(HWND window);
+QOR_API int ReleaseDC(HWND window, HDC dc);
 /// Selects a bitmap (memory contexts only), font, brush or pen; returns the previous one, null on failure.
-HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
+QOR_API HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
 /// Deletes a bitmap, palette, font, brush or pen. Stock objects are kept (TRUE); an object selected into
 /// a context is refused (FALSE).
-BOOL DeleteObject(HGDIOBJ object);
-HGDIOBJ GetStockObject(int index);
+QOR_API BOOL DeleteObject(HGDIOBJ object);
+QOR_API HGDIOBJ GetStockObject(int index);
 /// Copies a BITMAP (bitmaps), a WORD entry count (palettes) or a LOGFONTA (fonts) into buffer; returns the
 /// bytes written, or the bytes needed when buffer is null; 0 on failure.
-int GetObjectA(HGDIOBJ object, int size, void* buffer);
+QOR_API int GetObjectA(HGDIOBJ object, int size, void* buffer);
 /// HORZRES, VERTRES (the bitmap or window size), BITSPIXEL, PLANES, SIZEPALETTE, NUMRESERVED, RASTERCAPS.
-int GetDeviceCaps(HDC dc, int index);
+QOR_API int GetDeviceCaps(HDC dc, int index);
 
 // Bitmaps.
 
 /// A device-dependent bitmap of 1, 8, 16, 24 or 32 bits per pixel; bits (rows padded to 2 bytes, top row
 /// first) may be null for zeroed pixels. A width or height of 0 gives a 1 x 1 monochrome bitmap.
 /// \note 8-bit pixels are indices of the system palette; 16-bit pixels are X1R5G5B5.
-HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, const void* bits);
+QOR_API HBITMAP CreateBitmap(int width, int height, UINT planes, UINT bitsPerPixel, const void* bits);
 /// The same from a description; bmBits rows are bmWidthBytes apart.
-HBITMAP CreateBitmapIndirect(const BITMAP* description);
+QOR_API HBITMAP CreateBitmapIndirect(const BITMAP* description);
 /// A device-dependent bitmap over description's bits (rows bmWidthBytes apart), without a copy: transfers
 /// read them in place and drawing into the bitmap changes them.
 /// \note The caller keeps the bits alive, and their size unchanged, until the bitmap is deleted.
-HBITMAP QorCreateBitmapOver(const BITMAP* description);
+QOR_API HBITMAP QorCreateBitmapOver(const BITMAP* description);
 /// A bitmap in the format of dc's surface: 32 bits for a window, the selected bitmap's format otherwise.
-HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height);
+QOR_API HBITMAP CreateCompatibleBitmap(HDC dc, int width, int height);
 /// A device-independent section of 1, 8, 16, 24 or 32 bits (BI_RGB) whose pixels the caller reaches through
 /// *bits: rows padded to 4 bytes, top row first when biHeight is negative. usage DIB_RGB_COLORS reads the
 /// colour table from info, DIB_PAL_COLORS reads WORD indices of dc's selected palette, DIB_PAL_INDICES
 /// takes 8-bit pixels as system palette indices. section must be null. Null on failure.
-HBITMAP CreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset);
+QOR_API HBITMAP CreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, void** bits, HANDLE section, DWORD offset);
 
 // Palettes.
 
 /// A logical palette of 1 to 256 entries.
-HPALETTE CreatePalette(const LOGPALETTE* description);
-UINT GetPaletteEntries(HPALETTE palette, UINT start, UINT count, PALETTEENTRY* entries);
-UINT SetPaletteEntries(HPALETTE palette, UINT start, UINT count, const PALETTEENTRY* entries);
+QOR_API HPALETTE CreatePalette(const LOGPALETTE* description);
+QOR_API UINT GetPaletteEntries(HPALETTE palette, UINT start, UINT count, PALETTEENTRY* entries);
+QOR_API UINT SetPaletteEntries(HPALETTE palette, UINT start, UINT count, const PALETTEENTRY* entries);
 /// Changes entries; reserved entries that hold a system palette slot change the system palette at once.
-BOOL AnimatePalette(HPALETTE palette, UINT start, UINT count, const PALETTEENTRY* entries);
-UINT GetNearestPaletteIndex(HPALETTE palette, COLORREF colour);
+QOR_API BOOL AnimatePalette(HPALETTE palette, UINT start, UINT count, const PALETTEENTRY* entries);
+QOR_API UINT GetNearestPaletteIndex(HPALETTE palette, COLORREF colour);
 /// Selects palette into dc; returns the previous palette. Background selection never changes the
 /// system palette.
-HPALETTE SelectPalette(HDC dc, HPALETTE palette, BOOL forceBackground);
+QOR_API HPALETTE SelectPalette(HDC dc, HPALETTE palette, BOOL forceBackground);
 /// On a window context with a palette selected in the foreground: system entries 10-245 receive the
 /// palette's reserved entries in order. Returns the number of entries placed; GDI_ERROR on failure.
-UINT RealizePalette(HDC dc);
+QOR_API UINT RealizePalette(HDC dc);
 /// Reads the emulated system palette.
-UINT GetSystemPaletteEntries(HDC dc, UINT start, UINT count, PALETTEENTRY* entries);
+QOR_API UINT GetSystemPaletteEntries(HDC dc, UINT start, UINT count, PALETTEENTRY* entries);
 
 enum : UINT
 {
@@ -93,61 +95,75 @@ enum : UINT
 /// the cell height, 0 the default 16), width (0 keeps the proportions), weight (600 and above is bold),
 /// italic, underline and strike-out. Quality ANTIALIASED_QUALITY or CLEARTYPE_QUALITY smooths the glyphs;
 /// the others draw them flat. The other fields are recorded.
-HFONT CreateFontA(int height, int width, int escapement, int orientation, int weight, DWORD italic, DWORD underline,
-                  DWORD strikeOut, DWORD charSet, DWORD outPrecision, DWORD clipPrecision, DWORD quality,
-                  DWORD pitchAndFamily, const char* face);
-HFONT CreateFontIndirectA(const LOGFONTA* description);
-HBRUSH CreateSolidBrush(COLORREF colour);
+QOR_API HFONT CreateFontA(int height, int width, int escapement, int orientation, int weight, DWORD italic,
+                          DWORD underline, DWORD strikeOut, DWORD charSet, DWORD outPrecision, DWORD clipPrecision,
+                          DWORD quality, DWORD pitchAndFamily, const char* face);
+QOR_API HFONT CreateFontIndirectA(const LOGFONTA* description);
+QOR_API HBRUSH CreateSolidBrush(COLORREF colour);
 /// PS_NULL draws nothing; any other style draws a solid one-pixel line.
-HPEN CreatePen(int style, int width, COLORREF colour);
+QOR_API HPEN CreatePen(int style, int width, COLORREF colour);
 
 // Context state.
 
-COLORREF SetTextColor(HDC dc, COLORREF colour);
-COLORREF GetTextColor(HDC dc);
-COLORREF SetBkColor(HDC dc, COLORREF colour);
-COLORREF GetBkColor(HDC dc);
+QOR_API COLORREF SetTextColor(HDC dc, COLORREF colour);
+QOR_API COLORREF GetTextColor(HDC dc);
+QOR_API COLORREF SetBkColor(HDC dc, COLORREF colour);
+QOR_API COLORREF GetBkColor(HDC dc);
 /// OPAQUE (text cells filled with the background colour) or TRANSPARENT; returns the previous mode, 0 on failure.
-int SetBkMode(HDC dc, int mode);
-int GetBkMode(HDC dc);
+QOR_API int SetBkMode(HDC dc, int mode);
+QOR_API int GetBkMode(HDC dc);
 /// Records the mapping mode (MM_TEXT on a new context); drawing stays in device units.
-int SetMapMode(HDC dc, int mode);
-int GetMapMode(HDC dc);
+QOR_API int SetMapMode(HDC dc, int mode);
+QOR_API int GetMapMode(HDC dc);
 
 // Drawing.
 
 /// Draws count bytes of Big5 text with the cell's top-left corner at (x, y).
-BOOL TextOutA(HDC dc, int x, int y, const char* text, int count);
+QOR_API BOOL TextOutA(HDC dc, int x, int y, const char* text, int count);
 /// The metrics of dc's current font; FALSE when the font cannot be loaded.
-BOOL GetTextMetricsA(HDC dc, TEXTMETRICA* metrics);
-BOOL GetTextExtentPoint32A(HDC dc, const char* text, int count, SIZE* size);
+QOR_API BOOL GetTextMetricsA(HDC dc, TEXTMETRICA* metrics);
+QOR_API BOOL GetTextExtentPoint32A(HDC dc, const char* text, int count, SIZE* size);
+/// The family name of the face the context's font actually uses (the Kai face when the name asked for
+/// is unknown), copied into name (at most count bytes with the terminator). Returns the bytes copied
+/// with the terminator, or the size needed when name is null; 0 for a context without a usable font.
+QOR_API int GetTextFaceA(HDC dc, int count, char* name);
+/// How many characters of count bytes of Big5 text the context's face has no glyph for (they would
+/// show as empty boxes): 0 when it covers them all, -1 for a context without a usable font.
+QOR_API int QorGetMissingGlyphs(HDC dc, const char* text, int count);
+/// True when the context's font name was not found and the Kai face stands in for it.
+QOR_API BOOL QorIsFaceFallback(HDC dc);
 /// Outlines [left, right) x [top, bottom) with the pen and fills the inside with the brush (with the null
 /// pen the filled area is one pixel smaller on the right and bottom).
-BOOL Rectangle(HDC dc, int left, int top, int right, int bottom);
-int FillRect(HDC dc, const RECT* rect, HBRUSH brush);
+QOR_API BOOL Rectangle(HDC dc, int left, int top, int right, int bottom);
+QOR_API int FillRect(HDC dc, const RECT* rect, HBRUSH brush);
 /// The colour of a pixel, CLR_INVALID outside the surface.
-COLORREF GetPixel(HDC dc, int x, int y);
+QOR_API COLORREF GetPixel(HDC dc, int x, int y);
 /// Sets a pixel to the nearest colour the surface holds; returns that colour, CLR_INVALID outside.
-COLORREF SetPixel(HDC dc, int x, int y, COLORREF colour);
+QOR_API COLORREF SetPixel(HDC dc, int x, int y, COLORREF colour);
 /// Copies width x height pixels from (sx, sy) of source to (x, y) of dc, clipped to both surfaces. rop is
 /// SRCCOPY, SRCAND, SRCPAINT, SRCINVERT, NOTSRCCOPY, BLACKNESS or WHITENESS (source null for the last two).
 /// Pixel bytes of equal formats are copied unchanged; others go through their colours.
-BOOL BitBlt(HDC dc, int x, int y, int width, int height, HDC source, int sx, int sy, DWORD rop);
+QOR_API BOOL BitBlt(HDC dc, int x, int y, int width, int height, HDC source, int sx, int sy, DWORD rop);
 /// As BitBlt, stretched by nearest neighbour: destination pixel i takes source pixel i * sw / dw.
 /// Negative extents mirror.
-BOOL StretchBlt(HDC dc, int x, int y, int width, int height, HDC source, int sx, int sy, int sw, int sh, DWORD rop);
+QOR_API BOOL StretchBlt(HDC dc, int x, int y, int width, int height, HDC source, int sx, int sy, int sw, int sh,
+                        DWORD rop);
 /// Stretched transfer from a device-independent image (bits described by info, colour table by usage).
 /// For a bottom-up image ys counts from the bottom row. Returns the number of rows copied, 0 on failure.
-int StretchDIBits(HDC dc, int xd, int yd, int wd, int hd, int xs, int ys, int ws, int hs, const void* bits,
-                  const BITMAPINFO* info, UINT usage, DWORD rop);
+QOR_API int StretchDIBits(HDC dc, int xd, int yd, int wd, int hd, int xs, int ys, int ws, int hs, const void* bits,
+                          const BITMAPINFO* info, UINT usage, DWORD rop);
 /// 1:1 transfer from a device-independent image; only the whole image as one band (startScan 0, lines at
 /// least the height) is taken. For a bottom-up image ys counts from the bottom row. Returns the rows copied.
-int SetDIBitsToDevice(HDC dc, int xd, int yd, DWORD width, DWORD height, int xs, int ys, UINT startScan, UINT lines,
-                      const void* bits, const BITMAPINFO* info, UINT usage);
+QOR_API int SetDIBitsToDevice(HDC dc, int xd, int yd, DWORD width, DWORD height, int xs, int ys, UINT startScan,
+                              UINT lines, const void* bits, const BITMAPINFO* info, UINT usage);
 
 inline BOOL TextOut(HDC dc, int x, int y, const char* text, int count)
 {
     return TextOutA(dc, x, y, text, count);
+}
+inline int GetTextFace(HDC dc, int count, char* name)
+{
+    return GetTextFaceA(dc, count, name);
 }
 inline BOOL GetTextMetrics(HDC dc, TEXTMETRICA* metrics)
 {
@@ -161,7 +177,7 @@ inline int GetObject(HGDIOBJ object, int size, void* buffer)
 class CDC;
 
 /// A drawing object owned through its handle: destroying the wrapper deletes the attached object.
-class CGdiObject
+class QOR_API CGdiObject
 {
 public:
     CGdiObject() = default;
@@ -184,7 +200,7 @@ public:
     HGDIOBJ m_hObject = nullptr;
 };
 
-class CBitmap : public CGdiObject
+class QOR_API CBitmap : public CGdiObject
 {
 public:
     operator HBITMAP() const { return static_cast<HBITMAP>(m_hObject); }
@@ -197,7 +213,7 @@ public:
     static CBitmap* FromHandle(HBITMAP bitmap);
 };
 
-class CPalette : public CGdiObject
+class QOR_API CPalette : public CGdiObject
 {
 public:
     operator HPALETTE() const { return static_cast<HPALETTE>(m_hObject); }
@@ -210,7 +226,7 @@ public:
     static CPalette* FromHandle(HPALETTE palette);
 };
 
-class CFont : public CGdiObject
+class QOR_API CFont : public CGdiObject
 {
 public:
     operator HFONT() const { return static_cast<HFONT>(m_hObject); }
@@ -221,7 +237,7 @@ public:
     int GetLogFont(LOGFONTA* description) const;
 };
 
-class CBrush : public CGdiObject
+class QOR_API CBrush : public CGdiObject
 {
 public:
     CBrush() = default;
@@ -230,7 +246,7 @@ public:
     BOOL CreateSolidBrush(COLORREF colour);
 };
 
-class CPen : public CGdiObject
+class QOR_API CPen : public CGdiObject
 {
 public:
     CPen() = default;
@@ -240,7 +256,7 @@ public:
 };
 
 /// A device context: destroying the wrapper deletes the attached context.
-class CDC
+class QOR_API CDC
 {
 public:
     CDC() = default;
@@ -281,6 +297,10 @@ public:
     BOOL TextOut(int x, int y, const CString& text);
     BOOL GetTextMetrics(TEXTMETRICA* metrics) const;
     SIZE GetTextExtent(const char* text, int count) const;
+    /// The face the selected font actually uses, as GetTextFaceA.
+    int GetTextFace(int count, char* name) const;
+    /// Characters of count bytes of Big5 text the selected font's face has no glyph for, as QorGetMissingGlyphs.
+    int GetMissingGlyphs(const char* text, int count) const;
     BOOL Rectangle(int left, int top, int right, int bottom);
     BOOL Rectangle(const RECT* rect);
     void FillRect(const RECT* rect, CBrush* brush);
@@ -295,7 +315,7 @@ public:
 };
 
 /// The context of a window's client area, for as long as the object lives.
-class CClientDC : public CDC
+class QOR_API CClientDC : public CDC
 {
 public:
     explicit CClientDC(CWnd* window);
@@ -306,7 +326,7 @@ protected:
 };
 
 /// The context of a whole window; windows have no frame of their own here, so it is the client area.
-class CWindowDC : public CClientDC
+class QOR_API CWindowDC : public CClientDC
 {
 public:
     explicit CWindowDC(CWnd* window) : CClientDC(window) {}

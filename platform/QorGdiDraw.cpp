@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <vector>
 
 namespace qor::detail
@@ -237,6 +238,39 @@ BOOL TextOutA(HDC dc, int x, int y, const char* text, int count)
     area = Union(area, DrawCoverage(view, x, y, coverage, width, height, ResolveColour(*context, context->textColour)));
     AfterDrawing(window, area);
     return TRUE;
+}
+
+int GetTextFaceA(HDC dc, int count, char* name)
+{
+    DeviceContext* context = FindContext(dc);
+    FontRequest request;
+    if (!context || !RequestOf(*context, request))
+        return 0;
+    const std::string& family = request.face.family;
+    if (!name)
+        return int(family.size() + 1);
+    if (count < 1)
+        return 0;
+    const std::size_t n = std::min(family.size(), std::size_t(count - 1));
+    std::memcpy(name, family.data(), n);
+    name[n] = '\0';
+    return int(n + 1);
+}
+
+int QorGetMissingGlyphs(HDC dc, const char* text, int count)
+{
+    DeviceContext* context = FindContext(dc);
+    FontRequest request;
+    if (!context || !text || count < 0 || !RequestOf(*context, request))
+        return -1;
+    return int(CountMissingGlyphs(request.face, Big5ToUtf8(text, std::size_t(count))));
+}
+
+BOOL QorIsFaceFallback(HDC dc)
+{
+    DeviceContext* context = FindContext(dc);
+    FontRequest request;
+    return context && RequestOf(*context, request) && request.face.fallback ? TRUE : FALSE;
 }
 
 BOOL GetTextMetricsA(HDC dc, TEXTMETRICA* metrics)

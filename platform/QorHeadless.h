@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 // The headless port as tests and tools drive it: windows keep the last presented frame in memory and
 // count presents, message boxes are logged, input comes from a script, and time is the manual clock.
 #include "platform/QorPlatform.h"
@@ -12,7 +14,7 @@
 
 /// A headless window: the frame as last presented. Windows draw straight into it (presenting copies
 /// nothing); every drawing call presents what it changed at once.
-class QorHeadlessWindowPort : public QorWindowPort
+class QOR_API QorHeadlessWindowPort : public QorWindowPort
 {
 public:
     char Open(long width, long height, const char* title) override;
@@ -58,7 +60,7 @@ private:
 };
 
 /// The headless display: a screen of a fixed size (1024 x 768 unless set) and a log of message boxes.
-class QorHeadlessVideoPort : public QorVideoPort
+class QOR_API QorHeadlessVideoPort : public QorVideoPort
 {
 public:
     std::unique_ptr<QorWindowPort> CreateWindowPort() override;
@@ -87,7 +89,7 @@ private:
 
 /// The headless input script. Messages are delivered in the order given, each once the manual clock
 /// has reached its time; a blocking GetMessageA lets the clock run to the next one.
-class QorHeadlessEventPort : public QorEventPort
+class QOR_API QorHeadlessEventPort : public QorEventPort
 {
 public:
     char Poll(MSG& msg) override;
@@ -124,8 +126,8 @@ private:
 };
 
 /// The headless display, or null on another port.
-QorHeadlessVideoPort* QorGetHeadlessVideo();
+QOR_API QorHeadlessVideoPort* QorGetHeadlessVideo();
 /// The headless input script, or null on another port.
-QorHeadlessEventPort* QorGetHeadlessEvents();
+QOR_API QorHeadlessEventPort* QorGetHeadlessEvents();
 /// The headless port of a live window, or null.
-QorHeadlessWindowPort* QorGetHeadlessWindow(HWND window);
+QOR_API QorHeadlessWindowPort* QorGetHeadlessWindow(HWND window);

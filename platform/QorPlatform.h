@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 // The platform layer's entry: which port the program runs on, and the clock every port shares.
 // Each port family (video and events, audio) creates its own objects on first use for the port chosen
 // here, so nothing else needs to be wired at start-up.
@@ -22,12 +24,12 @@ enum class QorPortKind
 /// "x11", "disk"); null lets SDL choose. Returns 0 when the port cannot be used (SDL fails to start) or
 /// when a port was already chosen; the choice then stays as it was.
 /// \note Without a call the headless port is used: the library never looks at the environment.
-char QorSelectPort(QorPortKind kind, const char* videoDriver = nullptr, const char* audioDriver = nullptr);
+QOR_API char QorSelectPort(QorPortKind kind, const char* videoDriver = nullptr, const char* audioDriver = nullptr);
 /// The port in use.
-QorPortKind QorGetPortKind();
+QOR_API QorPortKind QorGetPortKind();
 
 /// Milliseconds for timers, waits and sound playback.
-class QorClock
+class QOR_API QorClock
 {
 public:
     virtual ~QorClock() = default;
@@ -38,10 +40,10 @@ public:
 };
 
 /// The clock of the port in use.
-QorClock& QorGetClock();
+QOR_API QorClock& QorGetClock();
 
 /// The headless port's clock: time moves only when Advance (or Delay) is called.
-class QorManualClock : public QorClock
+class QOR_API QorManualClock : public QorClock
 {
 public:
     unsigned long GetMillis() override { return m_now; }
@@ -54,13 +56,13 @@ private:
 };
 
 /// The headless clock, or null when another port is in use.
-QorManualClock* QorGetManualClock();
+QOR_API QorManualClock* QorGetManualClock();
 
 // The ports behind the windowing layer (platform/QorWindow.h). Drawing itself is shared software
 // (platform/QorGdi.h); a port only shows frames, reports input and opens message boxes.
 
 /// One window of a port. Its client area shows a 32-bit frame: bytes blue, green, red, unused.
-class QorWindowPort
+class QOR_API QorWindowPort
 {
 public:
     virtual ~QorWindowPort() = default;
@@ -107,7 +109,7 @@ private:
 };
 
 /// The display: windows, its size, message boxes and text input.
-class QorVideoPort
+class QOR_API QorVideoPort
 {
 public:
     virtual ~QorVideoPort() = default;
@@ -123,7 +125,7 @@ public:
 };
 
 /// The source of input messages.
-class QorEventPort
+class QOR_API QorEventPort
 {
 public:
     static constexpr unsigned long kForever = ~0UL;
@@ -137,6 +139,6 @@ public:
 };
 
 /// The display of the port in use, made on first use.
-QorVideoPort& QorGetVideoPort();
+QOR_API QorVideoPort& QorGetVideoPort();
 /// The input source of the port in use, made on first use.
-QorEventPort& QorGetEventPort();
+QOR_API QorEventPort& QorGetEventPort();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/QorExport.h"
+
 // The windowing layer in the roles of Windows USER and IMM32: the application window, its message queue
 // and window procedure, timers, the message box, the screen size and the input method switch. The port
 // chosen with QorSelectPort provides the real window, the input events and the clock.
@@ -24,7 +26,7 @@ typedef void (*TIMERPROC)(HWND, UINT, UINT_PTR, DWORD);
 
 /// A top-level window of the port in use: its client area shows a 32-bit frame that window contexts
 /// draw into. Messages dispatched or sent to it reach WindowProc.
-class CWnd
+class QOR_API CWnd
 {
 public:
     CWnd() = default;
@@ -63,40 +65,40 @@ private:
 };
 
 /// The default handling: WM_CLOSE destroys the window; everything else returns 0.
-LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-BOOL DestroyWindow(HWND window);
-BOOL IsWindow(HWND window);
-BOOL GetClientRect(HWND window, RECT* rect);
+QOR_API LRESULT DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+QOR_API BOOL DestroyWindow(HWND window);
+QOR_API BOOL IsWindow(HWND window);
+QOR_API BOOL GetClientRect(HWND window, RECT* rect);
 
 /// Waits for a message of window (null: any) within [first, last] (both 0: any). Returns 0 for WM_QUIT,
 /// -1 when nothing can ever arrive (headless: no message, timer or scripted event left), else 1.
-BOOL GetMessageA(MSG* msg, HWND window, UINT first, UINT last);
+QOR_API BOOL GetMessageA(MSG* msg, HWND window, UINT first, UINT last);
 /// As GetMessageA without waiting: FALSE when no message is ready. PM_REMOVE takes it from the queue.
-BOOL PeekMessageA(MSG* msg, HWND window, UINT first, UINT last, UINT remove);
+QOR_API BOOL PeekMessageA(MSG* msg, HWND window, UINT first, UINT last, UINT remove);
 /// Queues a character message for a key-down message that produces one; TRUE when it did.
-BOOL TranslateMessage(const MSG* msg);
+QOR_API BOOL TranslateMessage(const MSG* msg);
 /// Calls the window's procedure (or a timer message's callback); returns its result.
-LRESULT DispatchMessageA(const MSG* msg);
-BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+QOR_API LRESULT DispatchMessageA(const MSG* msg);
+QOR_API BOOL PostMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// Calls the window's procedure at once.
-LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+QOR_API LRESULT SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 /// WM_QUIT with exitCode is delivered once the posted messages ahead of it are gone.
-void PostQuitMessage(int exitCode);
+QOR_API void PostQuitMessage(int exitCode);
 
 /// A repeating timer of window (id replaces a timer with the same id) every elapse milliseconds (at
 /// least 10). A null window gets a fresh id. Returns the id, 0 on failure.
-UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT elapse, TIMERPROC callback);
-BOOL KillTimer(HWND window, UINT_PTR id);
+QOR_API UINT_PTR SetTimer(HWND window, UINT_PTR id, UINT elapse, TIMERPROC callback);
+QOR_API BOOL KillTimer(HWND window, UINT_PTR id);
 
 /// The state of a key as the retrieved messages left it: the high bit set while it is down.
-SHORT GetKeyState(int virtualKey);
+QOR_API SHORT GetKeyState(int virtualKey);
 /// SM_CXSCREEN and SM_CYSCREEN: the display's size (headless: the size set on its video port).
-int GetSystemMetrics(int index);
+QOR_API int GetSystemMetrics(int index);
 /// A message box with text and caption (Big5) over window. Headless: one line on stderr and the default
 /// button's result.
-int MessageBoxA(HWND window, const char* text, const char* caption, UINT type);
+QOR_API int MessageBoxA(HWND window, const char* text, const char* caption, UINT type);
 /// Milliseconds of QorGetClock().
-DWORD GetTickCount();
+QOR_API DWORD GetTickCount();
 
 inline BOOL GetMessage(MSG* msg, HWND window, UINT first, UINT last)
 {
@@ -113,30 +115,30 @@ inline LRESULT DispatchMessage(const MSG* msg)
 
 // Input method. The keyboard layout is the input method's while text input is on.
 
-void QorStartTextInput();
-void QorStopTextInput();
-char QorIsTextInputActive();
+QOR_API void QorStartTextInput();
+QOR_API void QorStopTextInput();
+QOR_API char QorIsTextInputActive();
 /// The Traditional Chinese input method's layout while text input is on, else the US layout.
-HKL GetKeyboardLayout(DWORD thread);
+QOR_API HKL GetKeyboardLayout(DWORD thread);
 /// True for the input method's layout.
-BOOL ImmIsIME(HKL layout);
+QOR_API BOOL ImmIsIME(HKL layout);
 /// IME_THOTKEY_IME_NONIME_TOGGLE switches text input on or off; other keys are refused.
-BOOL ImmSimulateHotKey(HWND window, DWORD hotKey);
+QOR_API BOOL ImmSimulateHotKey(HWND window, DWORD hotKey);
 
 // Composition. While the user composes with the input method, the window receives WM_IME_STARTCOMPOSITION,
 // a WM_IME_COMPOSITION (lParam GCS_COMPSTR | GCS_CURSORPOS) at every change of the text, and
 // WM_IME_ENDCOMPOSITION; the committed text then arrives as WM_CHAR messages.
 
 /// The input context of window (null when window is not live).
-HIMC ImmGetContext(HWND window);
-BOOL ImmReleaseContext(HWND window, HIMC context);
+QOR_API HIMC ImmGetContext(HWND window);
+QOR_API BOOL ImmReleaseContext(HWND window, HIMC context);
 /// GCS_COMPSTR: copies the composition (Big5, no terminator) into buffer, at most size bytes, and returns
 /// its length in bytes (just the length with a null buffer or size 0). GCS_CURSORPOS: the cursor's byte
 /// offset in it. Other indices, or no context: 0.
-LONG ImmGetCompositionStringA(HIMC context, DWORD index, void* buffer, DWORD size);
+QOR_API LONG ImmGetCompositionStringA(HIMC context, DWORD index, void* buffer, DWORD size);
 /// Places the candidate window by the caret: CFS_POINT (ptCurrentPos) or CFS_RECT (rcArea), client
 /// coordinates.
-BOOL ImmSetCompositionWindow(HIMC context, const COMPOSITIONFORM* form);
+QOR_API BOOL ImmSetCompositionWindow(HIMC context, const COMPOSITIONFORM* form);
 
 // Scaling and fullscreen. The SDL2 port scales; the headless port shows the client area 1:1 in every mode.
 
@@ -144,17 +146,17 @@ BOOL ImmSetCompositionWindow(HIMC context, const COMPOSITIONFORM* form);
 /// the drawable size decides). Mouse messages keep client coordinates: a point maps to the client pixel
 /// drawn under it; presses and moves on the bars around the client area are not delivered, and a release
 /// there arrives at the nearest client edge.
-BOOL QorSetWindowScaling(HWND window, QorScaleMode mode);
-QorScaleMode QorGetWindowScaling(HWND window);
+QOR_API BOOL QorSetWindowScaling(HWND window, QorScaleMode mode);
+QOR_API QorScaleMode QorGetWindowScaling(HWND window);
 /// Where window's client area is drawn, in drawable pixels (right and bottom exclusive).
-BOOL QorGetWindowViewport(HWND window, RECT* viewport);
+QOR_API BOOL QorGetWindowViewport(HWND window, RECT* viewport);
 /// Lets the user resize window. FALSE when the port cannot.
-BOOL QorSetWindowResizable(HWND window, BOOL resizable);
+QOR_API BOOL QorSetWindowResizable(HWND window, BOOL resizable);
 /// Fills the screen with window, or returns it to its size. FALSE when the port cannot.
-BOOL QorSetWindowFullscreen(HWND window, BOOL fullscreen);
-BOOL QorIsWindowFullscreen(HWND window);
+QOR_API BOOL QorSetWindowFullscreen(HWND window, BOOL fullscreen);
+QOR_API BOOL QorIsWindowFullscreen(HWND window);
 /// Alt+Enter switches the window it is pressed in between fullscreen and its size (on unless turned off);
 /// the key's messages are then not delivered.
-void QorSetFullscreenToggle(BOOL enabled);
-BOOL QorIsFullscreenToggleOn();
+QOR_API void QorSetFullscreenToggle(BOOL enabled);
+QOR_API BOOL QorIsFullscreenToggleOn();
 

@@ -14,12 +14,19 @@ struct FaceFile
 {
     std::string path;
     int index = 0;
+    /// The family name of the face chosen (what GetTextFaceA reports).
+    std::string family;
+    /// True when the name asked for was not found and the Kai face stands in for it.
+    bool fallback = false;
 };
 
 /// Resolves a face name given in Big5 bytes. The empty name and the Kai names ("標楷體", "DFKai-SB",
 /// "Kai") give the Kai face; a name fontconfig does not know falls back to the Kai face too, since the
-/// library's text is Traditional Chinese. False when no font file can be found at all.
+/// library's text is Traditional Chinese, and that is reported through QorSetError. False when no font
+/// file can be found at all.
 bool FindFaceFile(const char* big5Face, FaceFile& file);
+/// The number of characters of UTF-8 text the face has no glyph for (control characters are not counted).
+long CountMissingGlyphs(const FaceFile& face, const std::string& utf8);
 
 /// What a context's font asks of the rasteriser.
 struct FontRequest

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Installs the Debian packages qor builds, tests and demonstrates with.
+# Installs the Debian packages qor builds, tests, documents and demonstrates with.
 # Idempotent: when everything is present it only queries dpkg; it runs
 # `apt-get update` only when something is missing.
 set -euo pipefail
@@ -11,6 +11,7 @@ packages=(
     libsqlite3-dev
     googletest libgtest-dev libgmock-dev libbenchmark-dev
     xvfb clang
+    doxygen
     x11-apps xauth
     alsa-utils
 )

@@ -2,7 +2,7 @@
 
 // Shared by the compositor's redraw, presentation, palette, effect and text tests: the protected side of
 // QorOffScreenBuffer opened to the tests, pixel helpers, and the comparison with golden images.
-#include "platform/sdl2/QorSdlPicture.h"
+#include "qor/pictures.h"
 #include "qor/compositor.h"
 #include "qor/platform.h"
 

@@ -30,5 +30,14 @@ if [[ -d "$actual" ]]; then
 fi
 echo "update-goldens: $count golden image(s) updated"
 
+# docs/getting-started.md shows the example's screenshots: the same files as their goldens.
+for name in screen mosaic; do
+    golden="$root/tests/golden/examples/getting-started-$name.png"
+    if [[ -f "$golden" ]] && ! cmp -s "$golden" "$root/docs/getting-started-$name.png"; then
+        cp "$golden" "$root/docs/getting-started-$name.png"
+        echo "updated docs/getting-started-$name.png"
+    fi
+done
+
 # Check: the golden tests pass now.
 (cd "$build" && ctest -R Golden --output-on-failure)

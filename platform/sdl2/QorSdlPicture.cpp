@@ -1,6 +1,7 @@
 // Pictures to SDL surfaces and PNG files and back.
 #include "platform/sdl2/QorSdlPicture.h"
 
+#include "core/QorError.h"
 #include "platform/PlatformInternal.h"
 #include "platform/sdl2/QorSdlPort.h"
 
@@ -91,54 +92,104 @@ SDL_Surface* QorPictureToSurface(const QorPicBlock& picture)
 char QorSavePicturePng(const QorPicBlock& picture, const char* path)
 {
     if (!path)
-        return 0;
+        return QorSetError("saving a picture: no path");
+    const long w = picture.GetWidth();
+    const long h = picture.GetHeight();
+    if (w < 1 || h < 1 || !picture.GetDataPtr() || picture.GetBytesPerPixel() < 1)
+        return QorSetError("%s: cannot save an empty picture (%ld x %ld)", path, w, h);
     qor::detail::StartImage();
-    SDL_Surface* surface = QorPictureToSurface(picture);
-    if (!surface)
-        return 0;
-    // Saved without alpha: the pictures are opaque.
-    SDL_Surface* rgb = SDL_ConvertSurfaceFormat(surface, SDL_PIXELFORMAT_RGB24, 0);
-    SDL_FreeSurface(surface);
-    if (!rgb)
-        return 0;
-    const bool saved = IMG_SavePNG(rgb, path) == 0;
-    SDL_FreeSurface(rgb);
-    return saved ? 1 : 0;
+    SDL_Surface* out = nullptr;
+    if (picture.GetColorType() == QorPicBlock::Bit8)
+    {
+        // An 8-bit picture stays indices and palette, so that it reads back as the same bytes.
+        out = SDL_CreateRGBSurfaceWithFormat(0, int(w), int(h), 8, SDL_PIXELFORMAT_INDEX8);
+        if (out)
+        {
+            SDL_Color colours[256];
+            const stPaletteEntry* palette = picture.GetPaletteEntryPtr();
+            for (int i = 0; i < 256; ++i)
+            {
+                colours[i].r = palette ? palette[i].peRed : Uint8(i);
+                colours[i].g = palette ? palette[i].peGreen : Uint8(i);
+                colours[i].b = palette ? palette[i].peBlue : Uint8(i);
+                colours[i].a = 255;
+            }
+            SDL_SetPaletteColors(out->format->palette, colours, 0, 256);
+            for (long y = 0; y < h; ++y)
+                std::memcpy(static_cast<Uint8*>(out->pixels) + out->pitch * y, picture.GetPixel(0, y), std::size_t(w));
+        }
+    }
+    else if (SDL_Surface* surface = QorPictureToSurface(picture))
+    {
+        // Saved without alpha: the pictures are opaque.
+        out = SDL_ConvertSurfaceFormat(surface, SDL_PIXELFORMAT_RGB24, 0);
+        SDL_FreeSurface(surface);
+    }
+    if (!out)
+        return QorSetError("%s: no memory for a %ld x %ld picture", path, w, h);
+    const bool saved = IMG_SavePNG(out, path) == 0;
+    SDL_FreeSurface(out);
+    if (!saved)
+        return QorSetError("%s: cannot write the PNG file (%s)", path, IMG_GetError());
+    return 1;
 }
 
-char QorLoadPicturePng(QorPicBlock& picture, const char* path, QorPicBlock::ColorType type)
+char QorLoadPicture(QorPicBlock& picture, const char* path, QorPicBlock::ColorType type, const unsigned char* key,
+                    stPaletteEntry* palette)
 {
-    if (!path || (type != QorPicBlock::Bit8 && type != QorPicBlock::Bit16 && type != QorPicBlock::Bit24 &&
-                  type != QorPicBlock::Bit32))
-        return 0;
+    if (!path)
+        return QorSetError("loading a picture: no path");
+    if (type != QorPicBlock::Bit8 && type != QorPicBlock::Bit16 && type != QorPicBlock::Bit24 &&
+        type != QorPicBlock::Bit32)
+        return QorSetError("%s: colour type %d is not 1 to 4", path, int(type));
     qor::detail::StartImage();
     SDL_Surface* loaded = IMG_Load(path);
     if (!loaded)
-        return 0;
+        return QorSetError("%s: cannot read the image (%s)", path, IMG_GetError());
     if (type == QorPicBlock::Bit8)
     {
         // Palette images only: their indices are the picture's pixels.
-        const bool indexed = loaded->format->BitsPerPixel == 8 && loaded->format->palette;
-        if (indexed)
+        const SDL_Palette* colours = loaded->format->palette;
+        const int bits = loaded->format->BitsPerPixel;
+        if (bits != 8 || !colours)
         {
-            QorPicBlock result(QorPicBlock::Bit8, loaded->w, loaded->h);
-            if (SDL_MUSTLOCK(loaded))
-                SDL_LockSurface(loaded);
-            for (int y = 0; y < loaded->h; ++y)
-                std::memcpy(result.GetPixel(0, y), static_cast<Uint8*>(loaded->pixels) + loaded->pitch * y,
-                            std::size_t(loaded->w));
-            if (SDL_MUSTLOCK(loaded))
-                SDL_UnlockSurface(loaded);
+            SDL_FreeSurface(loaded);
+            return QorSetError("%s: an 8-bit picture needs a palette image, this one has %d bits per pixel", path,
+                               bits);
+        }
+        QorPicBlock result(QorPicBlock::Bit8, loaded->w, loaded->h);
+        if (SDL_MUSTLOCK(loaded))
+            SDL_LockSurface(loaded);
+        for (int y = 0; y < loaded->h; ++y)
+            std::memcpy(result.GetPixel(0, y), static_cast<Uint8*>(loaded->pixels) + loaded->pitch * y,
+                        std::size_t(loaded->w));
+        if (SDL_MUSTLOCK(loaded))
+            SDL_UnlockSurface(loaded);
+        if (palette)
+        {
+            for (int i = 0; i < 256; ++i)
+            {
+                const bool used = i < colours->ncolors;
+                palette[i].peRed = used ? colours->colors[i].r : 0;
+                palette[i].peGreen = used ? colours->colors[i].g : 0;
+                palette[i].peBlue = used ? colours->colors[i].b : 0;
+            }
+            result.SetPaletteEntryPtr(palette);
+        }
+        else
+        {
             result.SetPaletteEntryPtr(picture.GetPaletteEntryPtr());
-            picture = result;
         }
         SDL_FreeSurface(loaded);
-        return indexed ? 1 : 0;
+        if (key)
+            result.SetMask(key);
+        picture = result;
+        return 1;
     }
     SDL_Surface* argb = SDL_ConvertSurfaceFormat(loaded, SDL_PIXELFORMAT_ARGB8888, 0);
     SDL_FreeSurface(loaded);
     if (!argb)
-        return 0;
+        return QorSetError("%s: cannot convert the image (%s)", path, SDL_GetError());
     QorPicBlock result(type, argb->w, argb->h);
     if (SDL_MUSTLOCK(argb))
         SDL_LockSurface(argb);
@@ -170,6 +221,14 @@ char QorLoadPicturePng(QorPicBlock& picture, const char* path, QorPicBlock::Colo
     if (SDL_MUSTLOCK(argb))
         SDL_UnlockSurface(argb);
     SDL_FreeSurface(argb);
+    if (key)
+        result.SetMask(key);
     picture = result;
     return 1;
+}
+
+char QorLoadPicturePng(QorPicBlock& picture, const char* path, QorPicBlock::ColorType type, const unsigned char* key,
+                       stPaletteEntry* palette)
+{
+    return QorLoadPicture(picture, path, type, key, palette);
 }

@@ -165,6 +165,16 @@ TTF_Font* FontFor(const FontRequest& request, int* size = nullptr)
 }
 } // namespace
 
+long CountMissingGlyphs(const FaceFile& face, const std::string& utf8)
+{
+    TTF_Font* font = Open(face, kDefaultHeight, kBaseDpi, TTF_STYLE_NORMAL);
+    long missing = 0;
+    for (Uint32 point : CodePoints(utf8))
+        if (point >= 0x20 && (!font || !TTF_GlyphIsProvided32(font, point)))
+            ++missing;
+    return missing;
+}
+
 bool GetRasterMetrics(const FontRequest& request, FontMetrics& metrics)
 {
     int size = 0;

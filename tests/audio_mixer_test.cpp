@@ -547,6 +547,14 @@ TEST_F(QorMixerConvert, RatesWithoutAWholeFactorAreResampledThroughTheAudioStrea
     ASSERT_EQ(kept.size(), 4410u * 4);
     for (std::size_t i = 100; i < 2 * 4410 - 100; ++i)
         ASSERT_NEAR(Sample16(kept, i), 1000, 3) << i;
+    // 8000 Hz 8-bit: 0xA0 is 0x20 above the midpoint, 0x2000 in 16 bits; 0.5 s gives 22050 frames.
+    QorSndBlock low = Sound(1, 8000, 8, Bytes(4000, 0xA0));
+    ASSERT_EQ(mixer.Prepare(low), 1);
+    EXPECT_EQ(mixer.GetConversionCount(), 2u);
+    ASSERT_EQ(mixer.GetKeptSamples(low, kept), 1);
+    ASSERT_EQ(kept.size(), 22050u * 4);
+    for (std::size_t i = 100; i < 2 * 22050 - 100; ++i)
+        ASSERT_NEAR(Sample16(kept, i), 0x2000, 24) << i;
 }
 
 TEST_F(QorMixerConvert, EmptyAndNonPcmSoundsAreRefused)
@@ -636,6 +644,11 @@ TEST(QorMixerSdl, DiskDriverFileHoldsTheExpectedMix)
     ASSERT_TRUE(mixer.Play(a, 0, 192, -64).IsValid());
     ASSERT_TRUE(mixer.Play(b, 0, 128, 128).IsValid());
     mixer.Release();
+    // The specified output is refused the device meanwhile, and its device check leaves the file alone.
+    QorAudio audio;
+    EXPECT_EQ(audio.Initialize(2, 44100, 16, 0, 0), 1);
+    EXPECT_EQ(audio.GetLastResult(), kWaveAllocated);
+    EXPECT_EQ(audio.GetDevice(), 0u);
     ASSERT_TRUE(WaitUntilSilent(mixer, 10000));
     mixer.Close();
     EXPECT_EQ(mixer.GetLastResult(), kWaveNoError);

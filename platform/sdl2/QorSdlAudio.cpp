@@ -67,6 +67,13 @@ public:
         const char* listed = SDL_GetAudioDeviceName(static_cast<int>(device), 0);
         std::snprintf(caps.name, sizeof caps.name, "%s", listed ? listed : "SDL default output");
         caps.channels = 2;
+        // While a stream holds the device a trial open would disturb it (the disk driver would start its
+        // file again); the device works, and a working device opens all twelve.
+        if (!m_streams.empty())
+        {
+            caps.formats = kWaveAllFormats;
+            return kWaveNoError;
+        }
         for (int rate = 0; rate < 3; ++rate)
             for (int sixteen = 0; sixteen < 2; ++sixteen)
                 for (int stereo = 0; stereo < 2; ++stereo)

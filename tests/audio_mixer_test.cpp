@@ -599,6 +599,25 @@ TEST_F(QorMixerShare, QorAudioOpensNothingWhileTheMixerHoldsTheDevice)
     EXPECT_NE(audio.GetDevice(), 0u);
 }
 
+TEST_F(QorMixerShare, DestroyingOrClosingAHeldMixerLetsGoOfTheDevice)
+{
+    {
+        QorMixer mixer;
+        ASSERT_EQ(mixer.Open(2, 44100, 16), 1);
+        mixer.Hold();
+    }
+    QorMixer second;
+    ASSERT_EQ(second.Open(1, 22050, 8, 2, 64), 1);
+    second.Hold();
+    second.Close();
+    EXPECT_EQ(second.GetLastResult(), kWaveNoError);
+    EXPECT_EQ(second.GetVoiceCount(), 0u);
+    QorAudio audio;
+    ASSERT_EQ(audio.Initialize(2, 44100, 16, 0, 0), 1);
+    EXPECT_EQ(audio.GetLastResult(), kWaveNoError);
+    EXPECT_NE(audio.GetDevice(), 0u);
+}
+
 // The SDL2 port.
 namespace
 {

@@ -663,7 +663,7 @@ TEST(QorMixerSdl, DiskDriverFileHoldsTheExpectedMix)
     ASSERT_TRUE(mixer.Play(a, 0, 192, -64).IsValid());
     ASSERT_TRUE(mixer.Play(b, 0, 128, 128).IsValid());
     mixer.Release();
-    // The specified output is refused the device meanwhile, and its device check leaves the file alone.
+    // QorAudio is refused the device meanwhile, and its device check leaves the file alone.
     QorAudio audio;
     EXPECT_EQ(audio.Initialize(2, 44100, 16, 0, 0), 1);
     EXPECT_EQ(audio.GetLastResult(), kWaveAllocated);

@@ -58,7 +58,8 @@ public:
     /// when no device plays the format. With firstDeviceOnly only device 0 is examined, and when it lacks
     /// the format the rate and width fall back (for the requested channels) to the lowest rate it plays,
     /// 16 bits before 8. With disabled set, playing is refused and the output format is left as it was.
-    /// \note Returns 1 once a device is chosen, whether or not it opens: see GetLastResult.
+    /// \note Returns 1 once a device is chosen, whether or not it opens: see GetLastResult (kWaveAllocated
+    ///       while a QorMixer holds the device).
     char Initialize(short channels, long samplesPerSec, short bitsPerSample, char firstDeviceOnly, char disabled);
     /// Closes the device (refused, with kWaveStillPlaying in GetLastResult, while it plays: StopSound first).
     void Exit();

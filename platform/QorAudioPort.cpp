@@ -78,6 +78,16 @@ void QorSetAudioDeviceName(const char* name)
     chosen.name = name ? name : "";
 }
 
+unsigned long QorDefaultStreamFrames(long samplesPerSec)
+{
+    const std::uint64_t wanted =
+        samplesPerSec > 0 ? std::uint64_t(kDefaultStreamFrames) * std::uint64_t(samplesPerSec) / 44100 : 0;
+    unsigned long frames = 64;
+    while (frames * 2 <= wanted && frames < 65536)
+        frames *= 2;
+    return frames;
+}
+
 namespace qor::detail
 {
 const char* GetChosenAudioDeviceName()

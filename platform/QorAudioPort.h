@@ -17,6 +17,8 @@ enum : unsigned long
     kWaveNoError = 0,
     kWaveError = 1,
     kWaveBadDeviceId = 2,
+    /// The device is held: a stream is open while a wave device is asked for, or the other way round.
+    kWaveAllocated = 4,
     kWaveInvalidHandle = 5,
     kWaveNoMemory = 7,
     kWaveInvalidParam = 11,
@@ -75,6 +77,20 @@ struct QOR_API stWaveHeader
     std::uint32_t flags = 0;
 };
 
+/// What a stream device plays: the device asks it for samples whenever it needs them.
+class QOR_API QorAudioSource
+{
+public:
+    virtual ~QorAudioSource() = default;
+    /// Fills all bytes of out (whole frames of the stream's format). Called with the stream locked: on the
+    /// device's own thread for the SDL2 port, on the caller's thread for the headless one.
+    virtual void Fill(unsigned char* out, unsigned long bytes) = 0;
+};
+
+/// Sample frames a stream device pulls at a time unless asked otherwise, at 44100 Hz (in proportion at
+/// the lower rates): about 11.6 ms.
+constexpr unsigned long kDefaultStreamFrames = 512;
+
 /// The wave output device of a port. Device handles are non-zero; 0 names no device. A port supplies the
 /// devices; the rules of the buffer header are kept here, the same for every port.
 /// \note Header flags change only inside these calls, on the caller's thread: a buffer that has been
@@ -112,6 +128,21 @@ public:
     /// The device's volume in SetVolume's packing.
     virtual unsigned long GetVolume(unsigned long handle, unsigned long& volume);
 
+    /// Opens device as a stream that plays what source gives, in format, pulling bufferFrames sample
+    /// frames at a time (0 for QorDefaultStreamFrames of its rate). handle becomes the stream, 0 on failure.
+    /// \note One holder at a time: kWaveAllocated while a wave device or another stream is open, and Open
+    ///       answers kWaveAllocated while a stream is. source must outlive the stream.
+    virtual unsigned long OpenStream(unsigned long& handle, unsigned long device, const stWaveFormat& format,
+                                     unsigned long bufferFrames, QorAudioSource& source) = 0;
+    /// Sample frames the stream pulls at a time, 0 when handle names no stream.
+    virtual unsigned long GetStreamFrames(unsigned long handle) = 0;
+    /// Holds the stream while what its source plays changes: the device first plays up to the present and
+    /// then does not ask the source for samples until UnlockStream. Calls do not nest.
+    virtual void LockStream(unsigned long handle) = 0;
+    virtual void UnlockStream(unsigned long handle) = 0;
+    /// Stops and closes the stream; once it returns the source is never asked again.
+    virtual unsigned long CloseStream(unsigned long handle) = 0;
+
 protected:
     /// The buffer an open device plays and where it has got to.
     struct stPlayback
@@ -142,6 +173,10 @@ private:
     void Settle(unsigned long handle, stPlayback& playback, stWaveHeader& header);
 };
 
+/// Buffer frames for a stream at samplesPerSec when none are asked for: kDefaultStreamFrames at 44100 Hz,
+/// in proportion below and above, rounded down to a power of two (at least 64).
+QOR_API unsigned long QorDefaultStreamFrames(long samplesPerSec);
+
 /// The port's wave output device, made on first use for the port QorGetPortKind names (which fixes the
 /// choice of port, as QorGetClock does).
 QOR_API QorAudioPort& QorGetAudioPort();
@@ -162,7 +197,9 @@ public:
     virtual void SetDeviceCount(unsigned long count) = 0;
     /// The QorWaveFormatBit bits device reports and can be opened with.
     virtual void SetDeviceFormats(unsigned long device, std::uint32_t formats) = 0;
-    /// Every byte played so far by any device, in order, volume applied (brought up to the clock first).
+    /// Every byte played so far by any device or stream, in order, volume applied (brought up to the clock
+    /// first). A stream pulls one buffer of frames as soon as the clock passes the time that buffer starts
+    /// (buffer k of n frames at rate r starts k x n / r seconds after the stream opened).
     virtual std::vector<unsigned char> GetPlayedBytes() = 0;
     virtual void ClearPlayedBytes() = 0;
     /// Index of the device last opened, -1 before any.
@@ -185,6 +222,11 @@ namespace qor::detail
 /// of a trailing partial sample are copied as they are.
 void ScaleSamples(unsigned char* dst, const unsigned char* src, unsigned long n, unsigned long offset,
                   const stWaveFormat& format, std::uint32_t volume);
+/// Converts size bytes of PCM in from into to with SDL's audio stream (rate, width and channels at once;
+/// the rate is resampled, not repeated). out receives size / from's frame x to's rate / from's rate frames
+/// (rounded down). False when either format is not playable or memory runs out.
+bool ConvertWithAudioStream(const stWaveFormat& from, const unsigned char* data, unsigned long size,
+                            const stWaveFormat& to, std::vector<unsigned char>& out);
 /// True for a PCM format either port can play: tag 1, 1 or 2 channels, 8 or 16 bits, a positive rate,
 /// and block align and bytes per second that agree with them.
 bool IsPlayableFormat(const stWaveFormat& format);

@@ -1,5 +1,6 @@
 #include "QorHeadlessAudio.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <map>
 #include <new>
@@ -54,6 +55,8 @@ public:
         if (!IsPlayableFormat(format) || rate < 0 ||
             !(m_formats[device] & QorWaveFormatBit(rate, format.channels == 2, format.bitsPerSample == 16)))
             return kWaveBadFormat;
+        if (!m_streams.empty())
+            return kWaveAllocated;
         try
         {
             Device& opened = m_devices[m_nextHandle];
@@ -66,6 +69,57 @@ public:
         handle = m_nextHandle++;
         m_lastDevice = static_cast<long>(device);
         m_lastFormat = format;
+        return kWaveNoError;
+    }
+
+    unsigned long OpenStream(unsigned long& handle, unsigned long device, const stWaveFormat& format,
+                             unsigned long bufferFrames, QorAudioSource& source) override
+    {
+        handle = 0;
+        if (device >= m_formats.size())
+            return kWaveBadDeviceId;
+        const int rate = RateIndex(format.samplesPerSec);
+        if (!IsPlayableFormat(format) || rate < 0 ||
+            !(m_formats[device] & QorWaveFormatBit(rate, format.channels == 2, format.bitsPerSample == 16)))
+            return kWaveBadFormat;
+        if (!m_devices.empty() || !m_streams.empty())
+            return kWaveAllocated;
+        const unsigned long frames = bufferFrames ? bufferFrames : QorDefaultStreamFrames(format.samplesPerSec);
+        if (frames > 65535)
+            return kWaveInvalidParam;
+        try
+        {
+            Stream& opened = m_streams[m_nextHandle];
+            opened.source = &source;
+            opened.format = format;
+            opened.frames = frames;
+            opened.start = QorGetClock().GetMillis();
+        }
+        catch (const std::bad_alloc&)
+        {
+            return kWaveNoMemory;
+        }
+        handle = m_nextHandle++;
+        m_lastDevice = static_cast<long>(device);
+        m_lastFormat = format;
+        return kWaveNoError;
+    }
+
+    unsigned long GetStreamFrames(unsigned long handle) override
+    {
+        const auto it = m_streams.find(handle);
+        return it == m_streams.end() ? 0 : it->second.frames;
+    }
+
+    void LockStream(unsigned long handle) override { PullStream(handle); }
+    void UnlockStream(unsigned long handle) override { (void)handle; }
+
+    unsigned long CloseStream(unsigned long handle) override
+    {
+        if (m_streams.find(handle) == m_streams.end())
+            return kWaveInvalidHandle;
+        PullStream(handle);
+        m_streams.erase(handle);
         return kWaveNoError;
     }
 
@@ -105,6 +159,8 @@ public:
     {
         for (auto& entry : m_devices)
             CatchUp(entry.first);
+        for (auto& entry : m_streams)
+            PullStream(entry.first);
         return m_played;
     }
 
@@ -152,6 +208,42 @@ protected:
     void CloseDevice(unsigned long handle) override { m_devices.erase(handle); }
 
 private:
+    struct Stream
+    {
+        QorAudioSource* source = nullptr;
+        stWaveFormat format;
+        unsigned long frames = 0;
+        /// Clock time of the opening; buffers pulled since.
+        unsigned long start = 0;
+        std::uint64_t pulled = 0;
+    };
+
+    // Pulls, one buffer at a time, every buffer whose start time the clock has passed.
+    void PullStream(unsigned long handle)
+    {
+        const auto it = m_streams.find(handle);
+        if (it == m_streams.end())
+            return;
+        Stream& s = it->second;
+        const std::uint64_t elapsed = QorGetClock().GetMillis() - s.start;
+        const std::uint64_t perBuffer = std::uint64_t(s.frames) * 1000;
+        const std::uint64_t due = (elapsed * std::uint64_t(s.format.samplesPerSec) + perBuffer - 1) / perBuffer;
+        const std::size_t bytes = std::size_t(s.frames) * std::size_t(s.format.blockAlign);
+        for (; s.pulled < due; ++s.pulled)
+        {
+            const std::size_t at = m_played.size();
+            try
+            {
+                m_played.resize(at + bytes);
+            }
+            catch (const std::bad_alloc&)
+            {
+                return;
+            }
+            s.source->Fill(m_played.data() + at, bytes);
+        }
+    }
+
     struct Device
     {
         stPlayback playback;
@@ -161,6 +253,7 @@ private:
 
     std::vector<std::uint32_t> m_formats;
     std::map<unsigned long, Device> m_devices;
+    std::map<unsigned long, Stream> m_streams;
     unsigned long m_nextHandle = 1;
     std::vector<unsigned char> m_played;
     long m_lastDevice = -1;

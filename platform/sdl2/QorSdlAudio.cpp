@@ -40,6 +40,9 @@ public:
         for (auto& entry : m_devices)
             SDL_CloseAudioDevice(entry.second->id);
         m_devices.clear();
+        for (auto& entry : m_streams)
+            SDL_CloseAudioDevice(entry.second->id);
+        m_streams.clear();
         if (m_started)
             SDL_QuitSubSystem(SDL_INIT_AUDIO);
     }
@@ -64,6 +67,13 @@ public:
         const char* listed = SDL_GetAudioDeviceName(static_cast<int>(device), 0);
         std::snprintf(caps.name, sizeof caps.name, "%s", listed ? listed : "SDL default output");
         caps.channels = 2;
+        // While a stream holds the device a trial open would disturb it (the disk driver would start its
+        // file again); the device works, and a working device opens all twelve.
+        if (!m_streams.empty())
+        {
+            caps.formats = kWaveAllFormats;
+            return kWaveNoError;
+        }
         for (int rate = 0; rate < 3; ++rate)
             for (int sixteen = 0; sixteen < 2; ++sixteen)
                 for (int stereo = 0; stereo < 2; ++stereo)
@@ -87,6 +97,8 @@ public:
             return kWaveBadDeviceId;
         if (!IsPlayableFormat(format))
             return kWaveBadFormat;
+        if (!m_streams.empty())
+            return kWaveAllocated;
         std::unique_ptr<Device> opened(new (std::nothrow) Device);
         if (!opened)
             return kWaveNoMemory;
@@ -112,6 +124,82 @@ public:
         handle = m_nextHandle++;
         // Devices start paused; from here on the callback plays silence until a buffer is written.
         SDL_PauseAudioDevice(id, 0);
+        return kWaveNoError;
+    }
+
+    // The device asks the source for every buffer on SDL's audio thread, under SDL's device lock. The
+    // format is SDL's to convert for the hardware, so the buffer size asked for is the one obtained.
+    unsigned long OpenStream(unsigned long& handle, unsigned long device, const stWaveFormat& format,
+                             unsigned long bufferFrames, QorAudioSource& source) override
+    {
+        handle = 0;
+        if (device >= GetDeviceCount())
+            return kWaveBadDeviceId;
+        if (!IsPlayableFormat(format))
+            return kWaveBadFormat;
+        if (!m_devices.empty() || !m_streams.empty())
+            return kWaveAllocated;
+        const unsigned long frames = bufferFrames ? bufferFrames : QorDefaultStreamFrames(format.samplesPerSec);
+        if (frames > 65535)
+            return kWaveInvalidParam;
+        std::unique_ptr<Stream> opened(new (std::nothrow) Stream);
+        if (!opened)
+            return kWaveNoMemory;
+        opened->source = &source;
+        SDL_AudioSpec want =
+            MakeRequest(format.samplesPerSec, format.channels, format.bitsPerSample, static_cast<Uint16>(frames));
+        want.callback = &SdlAudioPort::Pull;
+        want.userdata = opened.get();
+        SDL_AudioSpec got;
+        SDL_zero(got);
+        const std::string name = OpenName(device);
+        opened->id = SDL_OpenAudioDevice(name.empty() ? nullptr : name.c_str(), 0, &want, &got, 0);
+        if (!opened->id)
+            return kWaveError;
+        opened->frames = got.samples;
+        const SDL_AudioDeviceID id = opened->id;
+        try
+        {
+            m_streams[m_nextHandle] = std::move(opened);
+        }
+        catch (const std::bad_alloc&)
+        {
+            SDL_CloseAudioDevice(id);
+            return kWaveNoMemory;
+        }
+        handle = m_nextHandle++;
+        SDL_PauseAudioDevice(id, 0);
+        return kWaveNoError;
+    }
+
+    unsigned long GetStreamFrames(unsigned long handle) override
+    {
+        const auto it = m_streams.find(handle);
+        return it == m_streams.end() ? 0 : it->second->frames;
+    }
+
+    void LockStream(unsigned long handle) override
+    {
+        const auto it = m_streams.find(handle);
+        if (it != m_streams.end())
+            SDL_LockAudioDevice(it->second->id);
+    }
+
+    void UnlockStream(unsigned long handle) override
+    {
+        const auto it = m_streams.find(handle);
+        if (it != m_streams.end())
+            SDL_UnlockAudioDevice(it->second->id);
+    }
+
+    unsigned long CloseStream(unsigned long handle) override
+    {
+        const auto it = m_streams.find(handle);
+        if (it == m_streams.end())
+            return kWaveInvalidHandle;
+        // Closing waits for SDL's audio thread: the source is not asked again.
+        SDL_CloseAudioDevice(it->second->id);
+        m_streams.erase(it);
         return kWaveNoError;
     }
 
@@ -152,6 +240,19 @@ private:
         stPlayback playback;
     };
 
+    struct Stream
+    {
+        SDL_AudioDeviceID id = 0;
+        QorAudioSource* source = nullptr;
+        unsigned long frames = 0;
+    };
+
+    static void SDLCALL Pull(void* userdata, Uint8* stream, int len)
+    {
+        if (len > 0)
+            static_cast<Stream*>(userdata)->source->Fill(stream, static_cast<unsigned long>(len));
+    }
+
     static void SDLCALL Fill(void* userdata, Uint8* stream, int len)
     {
         auto* device = static_cast<Device*>(userdata);
@@ -185,6 +286,7 @@ private:
 
     bool m_started;
     std::map<unsigned long, std::unique_ptr<Device>> m_devices;
+    std::map<unsigned long, std::unique_ptr<Stream>> m_streams;
     unsigned long m_nextHandle = 1;
 };
 } // namespace

@@ -28,6 +28,36 @@ inline std::vector<SimdVariant> SimdVariants()
     return variants;
 }
 
+/// The levels whose row kernel for these flags is not the next lower level's: a level without a kernel of
+/// its own runs the same code, and timing it again would only compare noise.
+inline std::vector<SimdVariant> DistinctSimdVariants(int bytesPerPixel, bool transparent, bool mirrorX)
+{
+    std::vector<SimdVariant> distinct;
+    qor::detail::PasteRowKernel previous = nullptr;
+    const qor::detail::SimdLevel saved = qor::detail::GetSimdLevel();
+    for (const SimdVariant& v : SimdVariants())
+    {
+        qor::detail::SetSimdLevel(v.level);
+        const qor::detail::PasteRowKernel kernel =
+            qor::detail::GetPasteRowKernel(bytesPerPixel, transparent, mirrorX, false);
+        if (kernel != previous)
+            distinct.push_back(v);
+        previous = kernel;
+    }
+    qor::detail::SetSimdLevel(saved);
+    return distinct;
+}
+
+/// The levels of the fill: its vector code is AVX2's alone.
+inline std::vector<SimdVariant> FillSimdVariants()
+{
+    std::vector<SimdVariant> variants;
+    for (const SimdVariant& v : SimdVariants())
+        if (v.level != qor::detail::SimdLevel::kSse2)
+            variants.push_back(v);
+    return variants;
+}
+
 /// The level pastes use while it lives.
 class ScopedSimdLevel
 {

@@ -257,7 +257,7 @@ void SdlPresent(benchmark::State& state, int bits)
     for (int bytes : {1, 3, 4})
     {
         const std::string scene = "scene" + std::to_string(bytes * 8) + "/";
-        for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
+        for (const qorbench::SimdVariant& v : qorbench::DistinctSimdVariants(bytes, true, false))
             benchmark::RegisterBenchmark((scene + "ours" + v.suffix).c_str(), OurScene, bytes, v.level)
                 ->Unit(benchmark::kMicrosecond);
         benchmark::RegisterBenchmark((scene + "sdl_colorkey").c_str(), SdlScene, bytes, SdlMode::kColorKey)

@@ -177,33 +177,35 @@ int Register()
         {
             const std::string group =
                 "paste" + std::to_string(bpp * 8) + (side ? "_sprite64" : "_frame640x480") + "/";
-            for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
-            {
-                benchmark::RegisterBenchmark((group + "ours_opaque" + v.suffix).c_str(), OurPaste, bpp, side,
-                                             Mode::kOpaque, v.level);
+            // Opaque pastes are row copies at every level: run once, at the best level.
+            benchmark::RegisterBenchmark((group + "ours_opaque").c_str(), OurPaste, bpp, side, Mode::kOpaque,
+                                         qor::detail::GetBestSimdLevel());
+            for (const qorbench::SimdVariant& v : qorbench::DistinctSimdVariants(bpp, true, false))
                 benchmark::RegisterBenchmark((group + "ours_keyed" + v.suffix).c_str(), OurPaste, bpp, side,
                                              Mode::kKeyed, v.level);
+            for (const qorbench::SimdVariant& v : qorbench::DistinctSimdVariants(bpp, true, true))
                 benchmark::RegisterBenchmark((group + "ours_mirrored_keyed" + v.suffix).c_str(), OurPaste, bpp,
                                              side, Mode::kMirroredKeyed, v.level);
-            }
             benchmark::RegisterBenchmark((group + "memcpy_rows").c_str(), RowMemcpy, bpp, side);
             benchmark::RegisterBenchmark((group + "sdl_opaque").c_str(), SdlBlit, bpp, side, SdlMode::kOpaque);
             benchmark::RegisterBenchmark((group + "sdl_colorkey").c_str(), SdlBlit, bpp, side, SdlMode::kColorKey);
             benchmark::RegisterBenchmark((group + "sdl_colorkey_rle").c_str(), SdlBlit, bpp, side, SdlMode::kRle);
         }
         const std::string group = "fill" + std::to_string(bpp * 8) + "_frame640x480/";
-        for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
-            benchmark::RegisterBenchmark((group + "ours_fill" + v.suffix).c_str(), OurFill, bpp, v.level);
+        // A one-byte colour is a memset at every level.
+        for (const qorbench::SimdVariant& v : qorbench::FillSimdVariants())
+            if (bpp > 1 || v.level == qor::detail::GetBestSimdLevel())
+                benchmark::RegisterBenchmark((group + "ours_fill" + v.suffix).c_str(), OurFill, bpp, v.level);
         benchmark::RegisterBenchmark((group + "memset").c_str(), Memset, bpp);
         benchmark::RegisterBenchmark((group + "sdl_fillrect").c_str(), SdlFill, bpp);
     }
+    qorbench::AddRatio("ours_opaque", "memcpy_rows");
+    qorbench::AddRatio("ours_opaque", "sdl_opaque");
     for (const qorbench::SimdVariant& v : qorbench::SimdVariants())
     {
-        qorbench::AddRatio("ours_opaque" + v.suffix, "memcpy_rows");
         qorbench::AddRatio("ours_keyed" + v.suffix, "sdl_colorkey");
         qorbench::AddRatio("ours_keyed" + v.suffix, "sdl_colorkey_rle");
         qorbench::AddRatio("ours_mirrored_keyed" + v.suffix, "sdl_colorkey");
-        qorbench::AddRatio("ours_opaque" + v.suffix, "sdl_opaque");
         qorbench::AddRatio("ours_fill" + v.suffix, "memset");
         qorbench::AddRatio("ours_fill" + v.suffix, "sdl_fillrect");
     }

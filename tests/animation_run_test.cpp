@@ -588,6 +588,47 @@ TEST_F(AnimRun, ResetOfARecordClearsItsFieldsAndCopiesOwnTheirFrames)
     EXPECT_EQ(SetProbe::Run(g)->GetFrameCount(), 3u);
 }
 
+TEST_F(AnimRun, ActivatingARunningAnimationAgainRestartsItWithoutCountingTwice)
+{
+    QorGuider g = set.CreateAnim("walk");
+    set.ActiveAnim(g);
+    set.TimerClick(0);
+    ASSERT_EQ(set.ActiveAnim(g), 1);
+    EXPECT_EQ(set.GetActAnimNum(), 1);
+    EXPECT_EQ(SetProbe::Run(g)->GetFrameIndex(), 1u);
+    ExpectSprite(g, 10, 20, 10, 20, 2, 5, 0, 1);
+}
+
+TEST_F(AnimRun, ARecordWhoseSpriteWasRemovedElsewhereStaysSafe)
+{
+    QorGuider g = set.CreateAnim("walk");
+    set.ActiveAnim(g);
+    // The compositor clears the guider it is given: the one inside the record.
+    ASSERT_EQ(buffer.RemoveSprite(*set.GetSprite(g)), 1);
+    EXPECT_FALSE(set.GetSprite(g)->IsValid());
+    EXPECT_EQ(set.ShowAnim(g, 1), 1);
+    EXPECT_EQ(set.MoveAnim(g, 5, 5, 1), 1);
+    QorRect changed(4, 4, 4, 4);
+    EXPECT_EQ(SetProbe::Run(g)->TimerClick(&changed), 1);
+    set.TimerClick(1);
+    set.DeactiveAnim(g);
+    EXPECT_EQ(set.DestroyAnim(g), 1);
+    EXPECT_EQ(buffer.GetPicNum(), basePictures);
+}
+
+TEST_F(AnimRun, PicturesDeletedByTheCompositorAreNeverFollowed)
+{
+    QorGuider g = set.CreateAnim("walk");
+    set.ActiveAnim(g);
+    buffer.RestartSystem();
+    EXPECT_EQ(buffer.GetPicNum(), 0u);
+    set.TimerClick(1);
+    set.TimerClick(1);
+    EXPECT_EQ(SpriteOf(g).GetPicBlock(), nullptr);
+    EXPECT_EQ(set.DestroyAnim(g), 1);
+    EXPECT_EQ(set.GetPicUseCount(0), 0);
+}
+
 // Six ticks of a looping and a play-once animation, composed at 32 bits.
 
 TEST(QorAnimSetGolden, SixTicksOfALoopAndAPlayOnceAnimation)

@@ -1,8 +1,21 @@
 #include "QorAnimSet.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <new>
+
+namespace
+{
+/// united becomes the bounding rectangle of a and b (QorRect::UnionRect without its answer).
+inline void Unite(QorRect& united, const QorRect& a, const QorRect& b)
+{
+    united.left = std::min(a.left, b.left);
+    united.top = std::min(a.top, b.top);
+    united.right = std::max(a.right, b.right);
+    united.bottom = std::max(a.bottom, b.bottom);
+}
+} // namespace
 
 QorAnimSet::QorAnimUnitRun& QorAnimSet::QorAnimUnitRun::operator=(const QorAnimUnitRun& other)
 {
@@ -78,7 +91,8 @@ unsigned char QorAnimSet::QorAnimUnitRun::TimerClick(QorRect* changed)
         // A record always has frames (CreateAnim refuses units without), so i lies inside both tables.
         const unsigned long i = m_frameIndex;
         QorRect old;
-        ReceiveRect(&old);
+        if (changed)
+            ReceiveRect(&old);
         if (m_buffer)
         {
             m_buffer->MoveSprite(m_sprite, static_cast<long>(m_unit->GetFrameX(i)) + m_originX,
@@ -89,7 +103,7 @@ unsigned char QorAnimSet::QorAnimUnitRun::TimerClick(QorRect* changed)
         {
             QorRect now;
             ReceiveRect(&now);
-            changed->UnionRect(old, now);
+            Unite(*changed, old, now);
         }
         ++m_frameIndex;
         return 1;
@@ -377,7 +391,7 @@ void QorAnimSet::TimerClick(char redraw)
         if (changed.left == unset && changed.right == unset && changed.top == unset && changed.bottom == unset)
             continue;
         if (any)
-            total.UnionRect(total, changed);
+            Unite(total, total, changed);
         else
             total = changed;
         any = true;

@@ -494,6 +494,8 @@ protected:
     QorSprite* FindSpriteIn(OffScrBuf* buffer, const QorGuider& sprite);
     /// The sprite in any buffer; its buffer goes to *owner when owner is not null.
     QorSprite* FindSprite(const QorGuider& sprite, OffScrBuf** owner = nullptr);
+    /// Every removal of a sprite, picture or buffer calls it: what the lookup memo holds may be gone.
+    void ForgetLookups() { ++m_removals; }
     OffScrBuf* GetMainBuffer() { return static_cast<OffScrBuf*>(m_mainBuffer.object); }
     /// Keeps the bitmap description equal to the buffer's surface.
     static void RefreshBitmapInfo(OffScrBuf& buffer);
@@ -581,6 +583,26 @@ protected:
     HDC m_sectionDC = nullptr;
     HGDIOBJ m_previousBitmap = nullptr;
     HBITMAP m_section = nullptr;
+    // A memo of guiders found by FindSprite and FindPicOrSurface, so that code stepping the same sprites
+    // every tick (animations) does not walk the lists each time. A slot names a record by number and
+    // address and is trusted only while nothing has been removed since it was filled: a removal moves
+    // m_removals on, and a slot of an older count is ignored, so no slot can name a freed record.
+    struct stLookupSlot
+    {
+        const void* object = nullptr;
+        std::uint32_t identifier = 0;
+        std::uint64_t removals = 0;
+        OffScrBuf* owner = nullptr;
+    };
+    enum : std::size_t
+    {
+        kLookupSlots = 512,
+    };
+    /// Slots by number: numbers are handed out in turn, so records made together never share a slot.
+    static std::size_t LookupSlot(std::uint32_t identifier) { return identifier & (kLookupSlots - 1); }
+    std::unique_ptr<stLookupSlot[]> m_spriteLookups;
+    std::unique_ptr<stLookupSlot[]> m_picLookups;
+    std::uint64_t m_removals = 1;
     /// Rows padded for the device-independent transfers of pictures whose rows are not a multiple of 4 bytes.
     std::unique_ptr<unsigned char[]> m_paddedBits;
     unsigned long m_paddedSize = 0;

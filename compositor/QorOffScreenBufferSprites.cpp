@@ -96,6 +96,7 @@ void QorOffScreenBuffer::RemoveSpriteFrom(OffScrBuf* buffer, QorSprite* sprite)
             });
     if (FindForward(buffer->sprites, [sprite](QorSprite& candidate) { return &candidate == sprite; }))
         buffer->sprites.Remove();
+    ForgetLookups();
 }
 
 char QorOffScreenBuffer::RemoveSprite(QorGuider& sprite)

@@ -39,26 +39,6 @@ void QorSprite::SameSize()
     m_lastHeight = static_cast<std::int32_t>(GetHeight());
 }
 
-long QorSprite::GetWidth() const
-{
-    return m_picture ? m_picture->GetWidth() : 0;
-}
-
-long QorSprite::GetHeight() const
-{
-    return m_picture ? m_picture->GetHeight() : 0;
-}
-
-void QorSprite::ReceiveRect(QorRect* r) const
-{
-    if (!r)
-        return;
-    r->left = m_x;
-    r->top = m_y;
-    r->right = static_cast<std::int32_t>(m_x + GetWidth() - 1);
-    r->bottom = static_cast<std::int32_t>(m_y + GetHeight() - 1);
-}
-
 void QorSprite::ReceiveLastRect(QorRect* r) const
 {
     if (!r)

@@ -53,10 +53,18 @@ public:
     QorPicBlock* ChangePicBlock(QorPicBlock* p);
     /// The last size becomes the current picture's size; the last position is left alone.
     void SameSize();
-    long GetWidth() const;
-    long GetHeight() const;
+    long GetWidth() const { return m_picture ? m_picture->GetWidth() : 0; }
+    long GetHeight() const { return m_picture ? m_picture->GetHeight() : 0; }
     /// Writes the current area, inclusive: (x, y, x + width - 1, y + height - 1). Nothing for a null r.
-    void ReceiveRect(QorRect* r) const;
+    void ReceiveRect(QorRect* r) const
+    {
+        if (!r)
+            return;
+        r->left = m_x;
+        r->top = m_y;
+        r->right = static_cast<std::int32_t>(m_x + GetWidth() - 1);
+        r->bottom = static_cast<std::int32_t>(m_y + GetHeight() - 1);
+    }
     /// Writes the last-shown area, inclusive. Nothing for a null r.
     void ReceiveLastRect(QorRect* r) const;
     /// Whether (px, py) falls inside the picture; with exact, also on a pixel that differs from the

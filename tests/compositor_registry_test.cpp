@@ -1600,3 +1600,25 @@ TEST(QorOffScreenBufferGuiders, DestroyingAFullCompositorFreesEverything)
     EXPECT_EQ(c->GetTotalSpriteNum(), 5u);
     delete c;
 }
+
+TEST(QorOffScreenBufferRegistry, GuidersUsedJustBeforeTheirRecordsWereRemovedAreRefusedAfter)
+{
+    QorOffScreenBuffer c;
+    QorGuider pic = c.CreatePicFromScreen(0, 0, 3, 3);
+    QorGuider sprite = c.CreateSprite(pic, 10);
+    // Looked up (and remembered) right before the removal.
+    ASSERT_EQ(c.MoveSprite(sprite, 5, 6), 1);
+    ASSERT_EQ(c.GetPicWidth(pic), 4);
+    QorGuider staleSprite = sprite;
+    ASSERT_EQ(c.RemoveSprite(sprite), 1);
+    QorGuider stalePic = pic;
+    ASSERT_EQ(c.RemovePic(pic), 1);
+    // New records, which may take the freed addresses.
+    QorGuider otherPic = c.CreatePicFromScreen(0, 0, 1, 1);
+    QorGuider other = c.CreateSprite(otherPic, 10);
+    EXPECT_EQ(c.MoveSprite(staleSprite, 1, 1), 0);
+    EXPECT_EQ(c.ChangePicBlock(other, stalePic), 0);
+    EXPECT_EQ(c.GetPicWidth(stalePic), 0);
+    EXPECT_EQ(c.GetSpriteCoordinate(other), Point<long>(0, 0));
+    EXPECT_EQ(c.GetPicWidth(otherPic), 2);
+}

@@ -179,6 +179,7 @@ public:
     /// (the last frame once the index has passed it); with redraw, repaints the sprite.
     char MoveAnim(QorGuider& g, long x, long y, char redraw);
     /// The sprite guider inside the animation's record; null when g names no animation.
+    /// \note The pointer lives as long as the animation: DestroyAnim and Open free the record.
     QorGuider* GetSprite(QorGuider& g);
     /// Animations started and not paused, deactivated or destroyed (a play-once animation that ends by
     /// itself stays counted).

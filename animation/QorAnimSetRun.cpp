@@ -90,21 +90,14 @@ unsigned char QorAnimSet::QorAnimUnitRun::TimerClick(QorRect* changed)
             m_frameIndex = 0;
         // A record always has frames (CreateAnim refuses units without), so i lies inside both tables.
         const unsigned long i = m_frameIndex;
-        QorRect old;
+        // Moved, then given frame i's picture (MoveSprite and ChangePicBlock in one look-up).
+        QorRect old, now;
+        if (m_buffer && m_sprite.object)
+            m_buffer->StepSprite(m_sprite, static_cast<long>(m_unit->GetFrameX(i)) + m_originX,
+                                 static_cast<long>(m_unit->GetFrameY(i)) + m_originY, m_frames[i],
+                                 changed ? &old : nullptr, changed ? &now : nullptr);
         if (changed)
-            ReceiveRect(&old);
-        if (m_buffer)
-        {
-            m_buffer->MoveSprite(m_sprite, static_cast<long>(m_unit->GetFrameX(i)) + m_originX,
-                                 static_cast<long>(m_unit->GetFrameY(i)) + m_originY);
-            m_buffer->ChangePicBlock(m_sprite, m_frames[i]);
-        }
-        if (changed)
-        {
-            QorRect now;
-            ReceiveRect(&now);
             Unite(*changed, old, now);
-        }
         ++m_frameIndex;
         return 1;
     }

@@ -265,6 +265,11 @@ public:
     /// private old picture is deleted. 0 for an unknown sprite or picture and for a child's sprite.
     char ChangePicBlock(const QorGuider& sprite, const QorGuider& pic);
     char ChangePicBlock(const QorGuider& child, const QorGuider& sprite, const QorGuider& pic);
+    /// MoveSprite(sprite, x, y) followed by ChangePicBlock(sprite, pic), finding the sprite once: the step
+    /// of an animation. The sprite's area before the move and after the change go to before and after when
+    /// they are not null. 0 for an unknown sprite (nothing done) or when the change is refused (the move
+    /// stands).
+    char StepSprite(const QorGuider& sprite, long x, long y, const QorGuider& pic, QorRect* before, QorRect* after);
 
     /// Flag queries: the flag, or 0 for an unknown sprite.
     char IsRegionCheck(const QorGuider& sprite);
@@ -505,6 +510,8 @@ protected:
     QorGuider AddNearestSprite(const QorGuider& pic);
     char QuerySpriteFlag(const QorGuider& sprite, char (QorSprite::*flag)() const);
     char SetSpriteFlag(const QorGuider& sprite, void (QorSprite::*flag)(char), char on);
+    /// ChangePicBlock on a sprite already found (null: 0).
+    char ChangePicBlockOf(QorSprite* sprite, const QorGuider& pic);
     /// Drops the sprite's picture (use count, private picture), forgets every pointer kept to the sprite and
     /// destroys it.
     void RemoveSpriteFrom(OffScrBuf* buffer, QorSprite* sprite);

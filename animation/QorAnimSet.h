@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/QorExport.h"
 #include "qor/compositor.h"
 #include "qor/core.h"
 #include "qor/files.h"
@@ -15,7 +16,7 @@
 /// \note The set is untrusted input: every count, offset and picture index is checked against the file
 ///       before anything is allocated or followed. The compositor given to SetOffScreenBufferPtr must outlive
 ///       the set (or be replaced first): closing the set removes its sprites and pictures from it.
-class QorAnimSet : public QorObj
+class QOR_API QorAnimSet : public QorObj
 {
 public:
     /// How much Open reads at once.
@@ -46,7 +47,7 @@ public:
     class QorAnimUnitRun;
 
     /// One named animation of the set: its header and, once loaded, its three frame tables.
-    class QorAnimUnit
+    class QOR_API QorAnimUnit
     {
     public:
         QorAnimUnit() = default;
@@ -95,7 +96,7 @@ public:
     };
 
     /// One running instance of a unit: a sprite whose picture and place follow the unit's frames.
-    class QorAnimUnitRun
+    class QOR_API QorAnimUnitRun
     {
     public:
         QorAnimUnitRun() = default;
@@ -242,7 +243,7 @@ protected:
 /// Writes animation set files that QorAnimSet::Open reads: the header, the picture and unit offset tables,
 /// the units directly behind them (so that open flag 1 reads them in order), then the pool pictures in the
 /// QGB layout.
-class QorAnimSetWriter
+class QOR_API QorAnimSetWriter
 {
 public:
     QorAnimSetWriter() = default;

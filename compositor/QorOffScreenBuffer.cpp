@@ -56,6 +56,8 @@ QorOffScreenBuffer::QorOffScreenBuffer()
     }
 
     m_nearestSprites = new (std::nothrow) QorGuider[1];
+    m_spriteLookups.reset(new (std::nothrow) stLookupSlot[kLookupSlots]);
+    m_picLookups.reset(new (std::nothrow) stLookupSlot[kLookupSlots]);
     if (!m_nearestSprites)
         m_nearestCapacity = 0;
 
@@ -146,6 +148,7 @@ void QorOffScreenBuffer::RestartSystem()
                 delete record;
             });
     m_pictures.Empty();
+    ForgetLookups();
 }
 
 void QorOffScreenBuffer::ForgetPicture(const QorPicBlock* picture)
@@ -237,8 +240,15 @@ QorOffScreenBuffer::PicRecord* QorOffScreenBuffer::FindPicOrSurface(const QorGui
 {
     if (!pic.object)
         return nullptr;
+    stLookupSlot* slot = m_picLookups ? &m_picLookups[LookupSlot(pic.identifier)] : nullptr;
+    if (slot && slot->object == pic.object && slot->identifier == pic.identifier && slot->removals == m_removals)
+        return static_cast<PicRecord*>(const_cast<void*>(slot->object));
     if (PicRecord* record = FindPic(pic))
+    {
+        if (slot)
+            *slot = stLookupSlot{record, record->id, m_removals, nullptr};
         return record;
+    }
     OffScrBuf** found = FindForward(m_children, [&pic](OffScrBuf*& buffer)
                                     { return &buffer->surface == pic.object && buffer->surface.id == pic.identifier; });
     return found ? &(*found)->surface : nullptr;
@@ -270,15 +280,29 @@ QorSprite* QorOffScreenBuffer::FindSprite(const QorGuider& sprite, OffScrBuf** o
 {
     if (!sprite.object)
         return nullptr;
+    stLookupSlot* slot = m_spriteLookups ? &m_spriteLookups[LookupSlot(sprite.identifier)] : nullptr;
+    if (slot && slot->object == sprite.object && slot->identifier == sprite.identifier &&
+        slot->removals == m_removals)
+    {
+        if (owner)
+            *owner = slot->owner;
+        return static_cast<QorSprite*>(const_cast<void*>(slot->object));
+    }
     QorSprite* result = nullptr;
+    OffScrBuf* found = nullptr;
     FindForward(m_children,
                 [&](OffScrBuf*& buffer)
                 {
                     result = FindSpriteIn(buffer, sprite);
-                    if (result && owner)
-                        *owner = buffer;
+                    found = buffer;
                     return result != nullptr;
                 });
+    if (!result)
+        return nullptr;
+    if (owner)
+        *owner = found;
+    if (slot)
+        *slot = stLookupSlot{result, static_cast<std::uint32_t>(result->GetId()), m_removals, found};
     return result;
 }
 
@@ -484,6 +508,7 @@ char QorOffScreenBuffer::RemovePic(QorGuider& pic)
     // FindPic left the list's current position on the record.
     m_pictures.Remove();
     delete record;
+    ForgetLookups();
     pic.Reset();
     return 1;
 }

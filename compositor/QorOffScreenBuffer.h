@@ -265,6 +265,11 @@ public:
     /// private old picture is deleted. 0 for an unknown sprite or picture and for a child's sprite.
     char ChangePicBlock(const QorGuider& sprite, const QorGuider& pic);
     char ChangePicBlock(const QorGuider& child, const QorGuider& sprite, const QorGuider& pic);
+    /// MoveSprite(sprite, x, y) followed by ChangePicBlock(sprite, pic), finding the sprite once: the step
+    /// of an animation. The sprite's area before the move and after the change go to before and after when
+    /// they are not null. 0 for an unknown sprite (nothing done) or when the change is refused (the move
+    /// stands).
+    char StepSprite(const QorGuider& sprite, long x, long y, const QorGuider& pic, QorRect* before, QorRect* after);
 
     /// Flag queries: the flag, or 0 for an unknown sprite.
     char IsRegionCheck(const QorGuider& sprite);
@@ -494,6 +499,8 @@ protected:
     QorSprite* FindSpriteIn(OffScrBuf* buffer, const QorGuider& sprite);
     /// The sprite in any buffer; its buffer goes to *owner when owner is not null.
     QorSprite* FindSprite(const QorGuider& sprite, OffScrBuf** owner = nullptr);
+    /// Every removal of a sprite, picture or buffer calls it: what the lookup memo holds may be gone.
+    void ForgetLookups() { ++m_removals; }
     OffScrBuf* GetMainBuffer() { return static_cast<OffScrBuf*>(m_mainBuffer.object); }
     /// Keeps the bitmap description equal to the buffer's surface.
     static void RefreshBitmapInfo(OffScrBuf& buffer);
@@ -503,6 +510,8 @@ protected:
     QorGuider AddNearestSprite(const QorGuider& pic);
     char QuerySpriteFlag(const QorGuider& sprite, char (QorSprite::*flag)() const);
     char SetSpriteFlag(const QorGuider& sprite, void (QorSprite::*flag)(char), char on);
+    /// ChangePicBlock on a sprite already found (null: 0).
+    char ChangePicBlockOf(QorSprite* sprite, const QorGuider& pic);
     /// Drops the sprite's picture (use count, private picture), forgets every pointer kept to the sprite and
     /// destroys it.
     void RemoveSpriteFrom(OffScrBuf* buffer, QorSprite* sprite);
@@ -581,6 +590,26 @@ protected:
     HDC m_sectionDC = nullptr;
     HGDIOBJ m_previousBitmap = nullptr;
     HBITMAP m_section = nullptr;
+    // A memo of guiders found by FindSprite and FindPicOrSurface, so that code stepping the same sprites
+    // every tick (animations) does not walk the lists each time. A slot names a record by number and
+    // address and is trusted only while nothing has been removed since it was filled: a removal moves
+    // m_removals on, and a slot of an older count is ignored, so no slot can name a freed record.
+    struct stLookupSlot
+    {
+        const void* object = nullptr;
+        std::uint32_t identifier = 0;
+        std::uint64_t removals = 0;
+        OffScrBuf* owner = nullptr;
+    };
+    enum : std::size_t
+    {
+        kLookupSlots = 512,
+    };
+    /// Slots by number: numbers are handed out in turn, so records made together never share a slot.
+    static std::size_t LookupSlot(std::uint32_t identifier) { return identifier & (kLookupSlots - 1); }
+    std::unique_ptr<stLookupSlot[]> m_spriteLookups;
+    std::unique_ptr<stLookupSlot[]> m_picLookups;
+    std::uint64_t m_removals = 1;
     /// Rows padded for the device-independent transfers of pictures whose rows are not a multiple of 4 bytes.
     std::unique_ptr<unsigned char[]> m_paddedBits;
     unsigned long m_paddedSize = 0;

@@ -34,6 +34,7 @@ QorGuider QorOffScreenBuffer::CreateChild()
         if (FindBuffer(child))
             m_children.Remove();
         delete buffer;
+        ForgetLookups();
         return QorGuider();
     }
     buffer->sprite = static_cast<QorSprite*>(sprite.object);
@@ -74,6 +75,7 @@ char QorOffScreenBuffer::RemoveChild(QorGuider& child)
     if (FindBuffer(child))
         m_children.Remove();
     delete buffer;
+    ForgetLookups();
     child.Reset();
     return 1;
 }

@@ -96,6 +96,7 @@ void QorOffScreenBuffer::RemoveSpriteFrom(OffScrBuf* buffer, QorSprite* sprite)
             });
     if (FindForward(buffer->sprites, [sprite](QorSprite& candidate) { return &candidate == sprite; }))
         buffer->sprites.Remove();
+    ForgetLookups();
 }
 
 char QorOffScreenBuffer::RemoveSprite(QorGuider& sprite)
@@ -149,7 +150,26 @@ Point<long> QorOffScreenBuffer::GetSpriteCoordinate(const QorGuider&, const QorG
 
 char QorOffScreenBuffer::ChangePicBlock(const QorGuider& sprite, const QorGuider& pic)
 {
+    return ChangePicBlockOf(FindSprite(sprite), pic);
+}
+
+char QorOffScreenBuffer::StepSprite(const QorGuider& sprite, long x, long y, const QorGuider& pic, QorRect* before,
+                                    QorRect* after)
+{
     QorSprite* found = FindSprite(sprite);
+    if (!found)
+        return 0;
+    found->ReceiveRect(before);
+    found->SetX(x);
+    found->SetY(y);
+    found->SameSize();
+    const char changed = ChangePicBlockOf(found, pic);
+    found->ReceiveRect(after);
+    return changed;
+}
+
+char QorOffScreenBuffer::ChangePicBlockOf(QorSprite* found, const QorGuider& pic)
+{
     if (!found || found->IsChild())
         return 0;
     PicRecord* next = nullptr;

@@ -9,18 +9,6 @@ bool QorSprite::operator==(const QorSprite& other) const
            m_vReverse == other.m_vReverse && m_alwaysOnTop == other.m_alwaysOnTop && m_child == other.m_child;
 }
 
-void QorSprite::SetX(long x)
-{
-    m_lastX = m_x;
-    m_x = static_cast<std::int32_t>(x);
-}
-
-void QorSprite::SetY(long y)
-{
-    m_lastY = m_y;
-    m_y = static_cast<std::int32_t>(y);
-}
-
 QorPicBlock* QorSprite::ChangePicBlock(QorPicBlock* p)
 {
     QorPicBlock* previous = m_picture;
@@ -31,32 +19,6 @@ QorPicBlock* QorSprite::ChangePicBlock(QorPicBlock* p)
     m_privatePicture = 0;
     m_picture = p;
     return previous;
-}
-
-void QorSprite::SameSize()
-{
-    m_lastWidth = static_cast<std::int32_t>(GetWidth());
-    m_lastHeight = static_cast<std::int32_t>(GetHeight());
-}
-
-long QorSprite::GetWidth() const
-{
-    return m_picture ? m_picture->GetWidth() : 0;
-}
-
-long QorSprite::GetHeight() const
-{
-    return m_picture ? m_picture->GetHeight() : 0;
-}
-
-void QorSprite::ReceiveRect(QorRect* r) const
-{
-    if (!r)
-        return;
-    r->left = m_x;
-    r->top = m_y;
-    r->right = static_cast<std::int32_t>(m_x + GetWidth() - 1);
-    r->bottom = static_cast<std::int32_t>(m_y + GetHeight() - 1);
 }
 
 void QorSprite::ReceiveLastRect(QorRect* r) const

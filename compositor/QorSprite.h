@@ -37,9 +37,17 @@ public:
     long GetY() const { return m_y; }
     long GetZ() const { return m_z; }
     /// lastX takes the current x, then x takes the new value; the last size is left alone.
-    void SetX(long x);
+    void SetX(long x)
+    {
+        m_lastX = m_x;
+        m_x = static_cast<std::int32_t>(x);
+    }
     /// lastY takes the current y, then y takes the new value; the last size is left alone.
-    void SetY(long y);
+    void SetY(long y)
+    {
+        m_lastY = m_y;
+        m_y = static_cast<std::int32_t>(y);
+    }
     /// Stores z as given: the compositor does the clamping when it orders its sprites.
     void SetZ(long z) { m_z = static_cast<std::int32_t>(z); }
 
@@ -52,11 +60,23 @@ public:
     /// previous picture's size (0 x 0 without one) and the private mark is cleared.
     QorPicBlock* ChangePicBlock(QorPicBlock* p);
     /// The last size becomes the current picture's size; the last position is left alone.
-    void SameSize();
-    long GetWidth() const;
-    long GetHeight() const;
+    void SameSize()
+    {
+        m_lastWidth = static_cast<std::int32_t>(GetWidth());
+        m_lastHeight = static_cast<std::int32_t>(GetHeight());
+    }
+    long GetWidth() const { return m_picture ? m_picture->GetWidth() : 0; }
+    long GetHeight() const { return m_picture ? m_picture->GetHeight() : 0; }
     /// Writes the current area, inclusive: (x, y, x + width - 1, y + height - 1). Nothing for a null r.
-    void ReceiveRect(QorRect* r) const;
+    void ReceiveRect(QorRect* r) const
+    {
+        if (!r)
+            return;
+        r->left = m_x;
+        r->top = m_y;
+        r->right = static_cast<std::int32_t>(m_x + GetWidth() - 1);
+        r->bottom = static_cast<std::int32_t>(m_y + GetHeight() - 1);
+    }
     /// Writes the last-shown area, inclusive. Nothing for a null r.
     void ReceiveLastRect(QorRect* r) const;
     /// Whether (px, py) falls inside the picture; with exact, also on a pixel that differs from the

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <unistd.h>
+
 namespace
 {
 const long kScreenW = 640;
@@ -32,6 +34,12 @@ const struct
     const char* name;
 } kShots[] = {{20, "scene"},  {50, "fading-out"},  {60, "faded-out"}, {72, "fading-in"},
               {90, "mosaic"}, {120, "dissolving"}, {159, "final"}};
+
+// The animations: a loop of balls of the six colours circling over the ground from the start, and a
+// play-once drop of balls, large to small, that starts at kDropAt and stays on its last frame.
+const int kDropAt = 46;
+const long kOrbitX = 470, kOrbitY = 380;
+const long kDropX = 300, kDropY = 60;
 
 // Panels: where the children stand and how large they are.
 const long kPanelX = 410, kPanelY = 40, kPanelW = 200, kPanelH = 150;
@@ -67,7 +75,8 @@ public:
 private:
     /// A registry picture made by drawing into the corner of the main picture and copying it from there;
     /// its mask colour (the key) is index 0. The first redraw paints over the corner.
-    template <class Painter> QorGuider MakePicture(long w, long h, Painter paint)
+    /// With drawn, a copy of the picture is kept there too.
+    template <class Painter> QorGuider MakePicture(long w, long h, Painter paint, QorPicBlock* drawn = nullptr)
     {
         QorPicBlock& main = *m_screen.GetMainBufferPicBlockPtr();
         const unsigned char key = 0;
@@ -75,10 +84,15 @@ private:
         for (long y = 0; y < h; ++y)
             for (long x = 0; x < w; ++x)
                 main.GetPixel(x, y)[0] = paint(x, y);
+        if (drawn)
+            drawn->Copy(main, 0, 0, w - 1, h - 1);
         return m_screen.CreatePicFromScreen(0, 0, w - 1, h - 1);
     }
 
     void Build();
+    /// The animation set: written from pictures the scene draws, opened, and its two animations made.
+    void BuildAnimations(const std::vector<QorPicBlock>& balls);
+    void Animate(int t);
     void Timeline(int t);
     void StartEffect(const char* name, char started);
     void EndEffect();
@@ -105,6 +119,14 @@ private:
     std::string m_effect;
     int m_steps = 0;
     PALETTEENTRY m_yellowBefore = {};
+    // The animation set, its file, and the two animations with what they did.
+    QorAnimSet m_anims;
+    std::string m_animPath;
+    bool m_animPathTemporary = false;
+    QorGuider m_orbit;
+    QorGuider m_drop;
+    int m_dropStopped = -1;
+    int m_dropReported = -1;
 };
 
 bool DemoScene::Open()
@@ -140,6 +162,7 @@ void DemoScene::Build()
     static const int kColours[6][3] = {{5, 0, 0}, {5, 3, 0}, {5, 5, 0}, {0, 4, 0}, {0, 3, 5}, {4, 0, 5}};
     const long sizes[3] = {48, 32, 24};
     const long depths[3] = {600, 400, 200};
+    std::vector<QorPicBlock> balls(12, QorPicBlock(QorPicBlock::Bit8));
     for (int i = 0; i < 12; ++i)
     {
         const long d = sizes[i / 4];
@@ -155,7 +178,8 @@ void DemoScene::Build()
                                          if (hx * hx + hy * hy < r * r / 9)
                                              return Cube(5, 5, 5);
                                          return Cube(c[0], c[1], c[2]);
-                                     });
+                                     },
+                                     &balls[i]);
         Mover m;
         m.sprite = m_screen.CreateSprite(ball, depths[i / 4]);
         m.size = d;
@@ -166,6 +190,7 @@ void DemoScene::Build()
         m_screen.MoveSprite(m.sprite, m.x, m.y);
         m_movers.push_back(m);
     }
+    BuildAnimations(balls);
 
     // A child panel with a checked background and a ball of its own bouncing inside it.
     QorGuider checks = MakePicture(kPanelW, kPanelH,
@@ -221,6 +246,68 @@ void DemoScene::Build()
     m_result.summary.push_back(line);
 }
 
+void DemoScene::BuildAnimations(const std::vector<QorPicBlock>& balls)
+{
+    // Pool: a ball of each colour (the small ones of the movers, 8-11, then 4 and 5 of the middle size for
+    // the last two colours), and a ball of each size for the drop.
+    QorAnimSetWriter writer;
+    const int small[6] = {8, 9, 10, 11, 4, 5};
+    for (int i : small)
+        writer.AddPicture(balls[i]);
+    const long large = writer.AddPicture(balls[0]);
+    const long middle = writer.AddPicture(balls[6]);
+    const long little = writer.AddPicture(balls[8]);
+
+    // Six places on a circle of radius 40, one frame each.
+    const long orbitPics[6] = {0, 1, 2, 3, 4, 5};
+    const long orbitXs[6] = {40, 20, -20, -40, -20, 20};
+    const long orbitYs[6] = {0, 35, 35, 0, -35, -35};
+    writer.AddUnit("orbit", 1, kOrbitX, kOrbitY, 150, orbitPics, orbitXs, orbitYs, 6);
+    const long dropPics[6] = {large, large, middle, middle, little, little};
+    const long dropXs[6] = {0, 6, 16, 22, 28, 32};
+    const long dropYs[6] = {0, 30, 70, 120, 170, 210};
+    writer.AddUnit("drop", 0, kDropX, kDropY, 150, dropPics, dropXs, dropYs, 6);
+    writer.SetDefaultOpenFlag(QorAnimSet::kReadHeaders);
+
+    if (!m_options.outputDirectory.empty())
+        m_animPath = m_options.outputDirectory + "/demo.qas";
+    else
+    {
+        char name[] = "/tmp/qor-demo-XXXXXX";
+        const int fd = ::mkstemp(name);
+        if (fd >= 0)
+        {
+            ::close(fd);
+            m_animPath = name;
+            m_animPathTemporary = true;
+        }
+    }
+    const unsigned long bytes = m_animPath.empty() ? 0 : writer.Write(m_animPath.c_str());
+    m_anims.SetOffScreenBufferPtr(&m_screen);
+    const char opened = bytes > 0 && m_anims.Open(m_animPath.c_str(), QorAnimSet::kFileDefault);
+    m_orbit = m_anims.CreateAnim("orbit");
+    m_drop = m_anims.CreateAnim("drop");
+    m_anims.ActiveAnim(m_orbit);
+
+    char line[160];
+    std::snprintf(line, sizeof line, "animation set: %lu bytes, %ld pictures, %ld units, opened %d with flag %ld",
+                  bytes, m_anims.GetPicCount(), m_anims.GetUnitCount(), opened, m_anims.GetOpenFlag());
+    m_result.summary.push_back(line);
+}
+
+void DemoScene::Animate(int t)
+{
+    if (t == kDropAt)
+        m_anims.ActiveAnim(m_drop);
+    const auto* drop = static_cast<QorAnimSet::QorAnimUnitRun*>(m_drop.object);
+    const bool finishedBefore = drop && drop->IsFinished();
+    m_anims.TimerClick(1);
+    if (drop && t >= kDropAt && m_dropStopped < 0 && m_anims.IsAnimActive(m_drop) == 0)
+        m_dropStopped = t;
+    if (drop && finishedBefore && !drop->IsFinished())
+        m_dropReported = t;
+}
+
 bool DemoScene::Tick()
 {
     const int t = m_tick;
@@ -228,6 +315,7 @@ bool DemoScene::Tick()
     MoveSprites();
     if (!m_panelPaused)
         AnimatePanel();
+    Animate(t);
     if (m_screen.OnTimer())
         ++m_steps;
     else if (!m_effect.empty())
@@ -382,6 +470,26 @@ void DemoScene::Shoot(int t)
 
 void DemoScene::Finish()
 {
+    const auto* orbit = static_cast<QorAnimSet::QorAnimUnitRun*>(m_orbit.object);
+    const auto* drop = static_cast<QorAnimSet::QorAnimUnitRun*>(m_drop.object);
+    QorRect orbitArea, dropArea;
+    m_screen.ReceiveSpriteRect(*m_anims.GetSprite(m_orbit), &orbitArea);
+    m_screen.ReceiveSpriteRect(*m_anims.GetSprite(m_drop), &dropArea);
+    char line[200];
+    std::snprintf(line, sizeof line, "looping animation: %lu frames, %d ticks, next frame %lu, at (%d, %d)",
+                  orbit ? orbit->GetFrameCount() : 0, m_tick, orbit ? orbit->GetFrameIndex() : 0, orbitArea.left,
+                  orbitArea.top);
+    m_result.summary.push_back(line);
+    std::snprintf(line, sizeof line,
+                  "play-once animation: %lu frames from tick %d, stopped at tick %d, reported at tick %d, "
+                  "resting at (%d, %d); %ld animations counted active",
+                  drop ? drop->GetFrameCount() : 0, kDropAt, m_dropStopped, m_dropReported, dropArea.left,
+                  dropArea.top, m_anims.GetActAnimNum());
+    m_result.summary.push_back(line);
+    m_anims.Close();
+    if (m_animPathTemporary)
+        ::unlink(m_animPath.c_str());
+
     if (m_options.outputDirectory.empty())
         return;
     const std::string path = m_options.outputDirectory + "/summary.txt";

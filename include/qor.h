@@ -9,5 +9,6 @@
 #include "qor/pictures.h"
 #include "qor/audio.h"
 #include "qor/compositor.h"
+#include "qor/animation.h"
 #include "qor/charts.h"
 #include "core/QorMacrosRestore.h"

@@ -1600,3 +1600,58 @@ TEST(QorOffScreenBufferGuiders, DestroyingAFullCompositorFreesEverything)
     EXPECT_EQ(c->GetTotalSpriteNum(), 5u);
     delete c;
 }
+
+TEST(QorOffScreenBufferRegistry, GuidersUsedJustBeforeTheirRecordsWereRemovedAreRefusedAfter)
+{
+    QorOffScreenBuffer c;
+    QorGuider pic = c.CreatePicFromScreen(0, 0, 3, 3);
+    QorGuider sprite = c.CreateSprite(pic, 10);
+    // Looked up (and remembered) right before the removal.
+    ASSERT_EQ(c.MoveSprite(sprite, 5, 6), 1);
+    ASSERT_EQ(c.GetPicWidth(pic), 4);
+    QorGuider staleSprite = sprite;
+    ASSERT_EQ(c.RemoveSprite(sprite), 1);
+    QorGuider stalePic = pic;
+    ASSERT_EQ(c.RemovePic(pic), 1);
+    // New records, which may take the freed addresses.
+    QorGuider otherPic = c.CreatePicFromScreen(0, 0, 1, 1);
+    QorGuider other = c.CreateSprite(otherPic, 10);
+    EXPECT_EQ(c.MoveSprite(staleSprite, 1, 1), 0);
+    EXPECT_EQ(c.ChangePicBlock(other, stalePic), 0);
+    EXPECT_EQ(c.GetPicWidth(stalePic), 0);
+    EXPECT_EQ(c.GetSpriteCoordinate(other), Point<long>(0, 0));
+    EXPECT_EQ(c.GetPicWidth(otherPic), 2);
+}
+
+TEST(QorOffScreenBufferRegistry, StepSpriteMovesThenChangesThePictureAndGivesBothAreas)
+{
+    QorOffScreenBuffer c;
+    QorGuider a = c.CreatePicFromScreen(0, 0, 3, 2);
+    QorGuider b = c.CreatePicFromScreen(0, 0, 1, 4);
+    QorGuider sprite = c.CreateSprite(a, 10);
+    c.MoveSprite(sprite, 2, 3);
+    QorRect before, after;
+    ASSERT_EQ(c.StepSprite(sprite, 10, 11, b, &before, &after), 1);
+    EXPECT_EQ(before, QorRect(2, 3, 5, 5));
+    EXPECT_EQ(after, QorRect(10, 11, 11, 15));
+    EXPECT_EQ(c.GetSpriteCoordinate(sprite), Point<long>(10, 11));
+    // As ChangePicBlock after MoveSprite: the last area is the new place with the old picture's size.
+    QorRect last;
+    QorSprite* s = static_cast<QorSprite*>(sprite.object);
+    s->ReceiveLastRect(&last);
+    EXPECT_EQ(last, QorRect(10, 11, 13, 13));
+    EXPECT_EQ(c.RemovePic(b), 0);
+    const QorGuider removed = a;
+    EXPECT_EQ(c.RemovePic(a), 1);
+
+    // A picture the compositor does not know: the move stands, the picture stays.
+    ASSERT_EQ(c.StepSprite(sprite, 20, 21, removed, nullptr, &after), 0);
+    EXPECT_EQ(c.GetSpriteCoordinate(sprite), Point<long>(20, 21));
+    EXPECT_EQ(after, QorRect(20, 21, 21, 25));
+    // An unknown sprite: nothing is done or written.
+    QorGuider gone = sprite;
+    c.RemoveSprite(sprite);
+    before = QorRect(1, 1, 1, 1);
+    EXPECT_EQ(c.StepSprite(gone, 0, 0, b, &before, nullptr), 0);
+    EXPECT_EQ(before, QorRect(1, 1, 1, 1));
+}

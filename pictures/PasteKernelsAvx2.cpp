@@ -217,33 +217,65 @@ inline __m256i LoadMask(const Masks24& m)
     return _mm256_load_si256(reinterpret_cast<const __m256i*>(m.bytes));
 }
 
-// Eight 3-byte pixels per step: each lane widens four pixels to 32-bit words, compares them with the key
-// and narrows the result back to a byte mask; the lanes are then packed into 24 contiguous bytes and stored
-// without overlap, so the next step's loads never wait on a store. d0 is the first of the eight
-// destination pixels; s0 is the lowest address of the eight source pixels (for Mirror, the last of them).
-// The shifts choose on which side of the 24 bytes each load takes its 4 spare bytes, so that no step reads
-// past either end of a row.
+// 0xFF on the 4 spare bytes of each lane: there the destination is kept.
+constexpr Masks24 Spare24(int shift)
+{
+    Masks24 m{};
+    for (int lane = 0; lane < 2; ++lane)
+        for (int b = 0; b < 16; ++b)
+            m.bytes[16 * lane + b] = static_cast<char>(b >= shift && b < shift + 12 ? 0 : -1);
+    return m;
+}
+
+// The destination of eight pixels from d0, each lane holding four of them with its 4 spare bytes after them
+// (DstShift 0) or before (DstShift 4).
+template <int DstShift>
+inline __m256i LoadDst24(const unsigned char* d0)
+{
+    return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(d0 + 12 - DstShift),
+                               reinterpret_cast<const __m128i*>(d0 - DstShift));
+}
+
+// Eight 3-byte pixels per step: each lane widens four pixels to 32-bit words, compares them with the key and
+// narrows the result back to a byte mask; the spare bytes count as key, so they keep the destination's bytes.
+// s0 is the lowest address of the eight source pixels (for Mirror, the last of them). The shifts choose on
+// which side of the 24 bytes each load takes its 4 spare bytes, so that no step reads past either end of a row.
 template <bool Mirror, int SrcShift, int DstShift>
-inline void Keyed24Step(unsigned char* d0, const unsigned char* s0, __m256i k)
+inline __m256i Keyed24Lanes(const unsigned char* s0, __m256i d, __m256i k)
 {
     static constexpr Masks24 kWiden = Widen24(DstShift);
     static constexpr Masks24 kNarrow = Narrow24(DstShift);
+    static constexpr Masks24 kSpare = Spare24(DstShift);
     static constexpr Masks24 kReverse = Reverse24(SrcShift, DstShift);
-    const __m256i pack =
-        DstShift == 0 ? _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6) : _mm256_setr_epi32(1, 2, 3, 5, 6, 7, 7, 7);
     // Read backwards, the first four pixels written are the upper twelve source bytes.
     const __m128i* low = reinterpret_cast<const __m128i*>(s0 + (Mirror ? 12 : 0) - SrcShift);
     const __m128i* high = reinterpret_cast<const __m128i*>(s0 + (Mirror ? 0 : 12) - SrcShift);
     __m256i s = _mm256_loadu2_m128i(high, low);
     if constexpr (Mirror)
         s = _mm256_shuffle_epi8(s, LoadMask(kReverse));
-    const __m256i d = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(d0 + 12 - DstShift),
-                                          reinterpret_cast<const __m128i*>(d0 - DstShift));
-    const __m256i isKey =
-        _mm256_shuffle_epi8(_mm256_cmpeq_epi32(_mm256_shuffle_epi8(s, LoadMask(kWiden)), k), LoadMask(kNarrow));
-    const __m256i r = _mm256_permutevar8x32_epi32(_mm256_blendv_epi8(s, d, isKey), pack);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d0), _mm256_castsi256_si128(r));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(d0 + 16), _mm256_extracti128_si256(r, 1));
+    const __m256i isKey = _mm256_or_si256(
+        _mm256_shuffle_epi8(_mm256_cmpeq_epi32(_mm256_shuffle_epi8(s, LoadMask(kWiden)), k), LoadMask(kNarrow)),
+        LoadMask(kSpare));
+    return _mm256_blendv_epi8(s, d, isKey);
+}
+
+// Each lane is stored whole, its spare bytes holding what the destination held. The lane whose spare bytes
+// lie over the other lane's pixels goes first, so that the other lane writes those bytes last.
+template <int DstShift>
+inline void StoreLanes24(unsigned char* d0, __m256i r)
+{
+    auto* low = reinterpret_cast<__m128i*>(d0 - DstShift);
+    auto* high = reinterpret_cast<__m128i*>(d0 + 12 - DstShift);
+    if constexpr (DstShift == 0)
+    {
+        _mm_storeu_si128(low, _mm256_castsi256_si128(r));
+        _mm_storeu_si128(high, _mm256_extracti128_si256(r, 1));
+    }
+    else
+    {
+        _mm_storeu_si128(high, _mm256_extracti128_si256(r, 1));
+        _mm_storeu_si128(low, _mm256_castsi256_si128(r));
+    }
 }
 
 // Pixels done twice by the last step come out the same: a key pixel keeps dst, any other is src again.
@@ -257,21 +289,25 @@ void Keyed24(unsigned char* dst, const unsigned char* src, long n, std::uint32_t
     }
     const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
     long i = 0;
-    // Ten pixels must remain: a step reads 4 bytes beyond its eight pixels on one side.
+    // Ten pixels must remain: a step reads 4 bytes beyond its eight pixels on one side. The next step's
+    // destination is read before this step's stores: their spare bytes lie over it (holding the bytes it
+    // held), and a load across bytes just stored would wait for the store.
+    __m256i d = LoadDst24<0>(dst);
     for (; i + 10 <= n; i += 8)
     {
-        if constexpr (Mirror)
-            Keyed24Step<true, 4, 0>(dst + 3 * i, src - 3 * (i + 7), k);
-        else
-            Keyed24Step<false, 0, 0>(dst + 3 * i, src + 3 * i, k);
+        const __m256i r = Mirror ? Keyed24Lanes<true, 4, 0>(src - 3 * (i + 7), d, k)
+                                 : Keyed24Lanes<false, 0, 0>(src + 3 * i, d, k);
+        if (i + 18 <= n)
+            d = LoadDst24<0>(dst + 3 * (i + 8));
+        StoreLanes24<0>(dst + 3 * i, r);
     }
     // Two to nine pixels remain. The last steps take their spare bytes before their pixels: one at i when
     // nine remain, then one ending at n.
     const auto last = [&](long j) {
-        if constexpr (Mirror)
-            Keyed24Step<true, 0, 4>(dst + 3 * j, src - 3 * (j + 7), k);
-        else
-            Keyed24Step<false, 4, 4>(dst + 3 * j, src + 3 * j, k);
+        const __m256i dj = LoadDst24<4>(dst + 3 * j);
+        const __m256i r = Mirror ? Keyed24Lanes<true, 0, 4>(src - 3 * (j + 7), dj, k)
+                                 : Keyed24Lanes<false, 4, 4>(src + 3 * j, dj, k);
+        StoreLanes24<4>(dst + 3 * j, r);
     };
     if (n - i > 8)
         last(i);

@@ -278,7 +278,20 @@ inline void StoreLanes24(unsigned char* d0, __m256i r)
     }
 }
 
-// Pixels done twice by the last step come out the same: a key pixel keeps dst, any other is src again.
+// The 24 pixel bytes of the lanes packed together and stored, nothing else written.
+template <int DstShift>
+inline void StorePacked24(unsigned char* d0, __m256i r)
+{
+    const __m256i pack =
+        DstShift == 0 ? _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 6, 6) : _mm256_setr_epi32(1, 2, 3, 5, 6, 7, 7, 7);
+    r = _mm256_permutevar8x32_epi32(r, pack);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d0), _mm256_castsi256_si128(r));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(d0 + 16), _mm256_extracti128_si256(r, 1));
+}
+
+// Every pixel ends as src or as the destination it had, so a step may take its destination from before
+// earlier steps wrote: the last steps read theirs at the start (no load waits on a store) and store their
+// pixel bytes alone, since their spare bytes would be stale. Pixels done twice come out the same.
 template <bool Mirror>
 void Keyed24(unsigned char* dst, const unsigned char* src, long n, std::uint32_t key)
 {
@@ -288,6 +301,10 @@ void Keyed24(unsigned char* dst, const unsigned char* src, long n, std::uint32_t
         return;
     }
     const __m256i k = _mm256_set1_epi32(static_cast<int>(key));
+    // The loop runs while ten pixels remain and stops at end, leaving two to nine.
+    const long end = 8 * ((n - 10) / 8 + 1);
+    const __m256i dEnd = n - end > 8 ? LoadDst24<4>(dst + 3 * end) : _mm256_setzero_si256();
+    const __m256i dLast = LoadDst24<4>(dst + 3 * (n - 8));
     long i = 0;
     // Ten pixels must remain: a step reads 4 bytes beyond its eight pixels on one side. The next step's
     // destination is read before this step's stores: their spare bytes lie over it (holding the bytes it
@@ -303,16 +320,14 @@ void Keyed24(unsigned char* dst, const unsigned char* src, long n, std::uint32_t
     }
     // Two to nine pixels remain. The last steps take their spare bytes before their pixels: one at i when
     // nine remain, then one ending at n.
-    const auto last = [&](long j) {
-        const __m256i dj = LoadDst24<4>(dst + 3 * j);
+    const auto last = [&](long j, __m256i dj) {
         const __m256i r = Mirror ? Keyed24Lanes<true, 0, 4>(src - 3 * (j + 7), dj, k)
                                  : Keyed24Lanes<false, 4, 4>(src + 3 * j, dj, k);
-        StoreLanes24<4>(dst + 3 * j, r);
+        StorePacked24<4>(dst + 3 * j, r);
     };
-    if (n - i > 8)
-        last(i);
-    if (i < n)
-        last(n - 8);
+    if (n - end > 8)
+        last(end, dEnd);
+    last(n - 8, dLast);
 }
 
 // Every entry point clears the upper halves for its caller.

@@ -40,23 +40,10 @@ struct AnimData
     explicit AnimData(int bytes) : type(QorPicBlock::ColorType(bytes == 1 ? 1 : bytes))
     {
         std::mt19937 rng(7);
-        std::uniform_int_distribution<int> byte(0, 255);
         for (int p = 0; p < kPictures; ++p)
         {
             QorPicBlock picture(type, kSide, kSide);
-            bool isKey = false;
-            for (long i = 0, run = 0; i < kSide * kSide; ++i, --run)
-            {
-                if (run <= 0)
-                {
-                    isKey = !isKey;
-                    run = 1 + byte(rng) % 24;
-                }
-                unsigned char* px = picture.GetDataPtr() + i * bytes;
-                for (int k = 0; k < bytes; ++k)
-                    px[k] = isKey ? key[k] : static_cast<unsigned char>(0x80 | byte(rng));
-            }
-            picture.SetMask(key);
+            qorbench::FillKeyRuns(picture, key, rng);
             pictures.push_back(picture);
         }
         std::uniform_int_distribution<long> px(0, kFrameW - kSide - 3), py(0, kFrameH - kSide - 3);
@@ -64,11 +51,7 @@ struct AnimData
             origins.emplace_back(px(rng), py(rng));
         if (bytes == 1)
         {
-            palette = SDL_AllocPalette(256);
-            std::vector<SDL_Color> colours(256);
-            for (int i = 0; i < 256; ++i)
-                colours[i] = SDL_Color{Uint8(i), Uint8(255 - i), Uint8(i * 7), 255};
-            SDL_SetPaletteColors(palette, colours.data(), 0, 256);
+            palette = qorbench::MakeBenchPalette();
         }
     }
     ~AnimData()

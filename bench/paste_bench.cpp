@@ -38,28 +38,11 @@ struct Scene
         std::uniform_int_distribution<int> byte(0, 255);
         for (unsigned long i = 0; i < dst.GetSize(); ++i)
             dst.GetDataPtr()[i] = static_cast<unsigned char>(byte(rng));
-        // Runs of key and of colour, as in a sprite: about half of the pixels are the key.
+        qorbench::FillKeyRuns(src, key, rng);
         const int b = dst.GetBytesPerPixel();
-        bool isKey = false;
-        for (long i = 0, run = 0; i < src.GetWidth() * src.GetHeight(); ++i, --run)
-        {
-            if (run <= 0)
-            {
-                isKey = !isKey;
-                run = 1 + byte(rng) % 24;
-            }
-            unsigned char* px = src.GetDataPtr() + i * b;
-            for (int k = 0; k < b; ++k)
-                px[k] = isKey ? key[k] : static_cast<unsigned char>(0x80 | byte(rng));
-        }
-        src.SetMask(key);
         if (b == 1)
         {
-            palette = SDL_AllocPalette(256);
-            std::vector<SDL_Color> colours(256);
-            for (int i = 0; i < 256; ++i)
-                colours[i] = SDL_Color{Uint8(i), Uint8(255 - i), Uint8(i * 7), 255};
-            SDL_SetPaletteColors(palette, colours.data(), 0, 256);
+            palette = qorbench::MakeBenchPalette();
         }
     }
     ~Scene()

@@ -259,23 +259,12 @@ inline __m256i Keyed24Lanes(const unsigned char* s0, __m256i d, __m256i k)
     return _mm256_blendv_epi8(s, d, isKey);
 }
 
-// Each lane is stored whole, its spare bytes holding what the destination held. The lane whose spare bytes
-// lie over the other lane's pixels goes first, so that the other lane writes those bytes last.
-template <int DstShift>
+// Each lane (spare bytes after its pixels) is stored whole, its spare bytes holding what the destination
+// held. The low lane goes first: its spare bytes lie over the high lane's first pixel, which then writes them.
 inline void StoreLanes24(unsigned char* d0, __m256i r)
 {
-    auto* low = reinterpret_cast<__m128i*>(d0 - DstShift);
-    auto* high = reinterpret_cast<__m128i*>(d0 + 12 - DstShift);
-    if constexpr (DstShift == 0)
-    {
-        _mm_storeu_si128(low, _mm256_castsi256_si128(r));
-        _mm_storeu_si128(high, _mm256_extracti128_si256(r, 1));
-    }
-    else
-    {
-        _mm_storeu_si128(high, _mm256_extracti128_si256(r, 1));
-        _mm_storeu_si128(low, _mm256_castsi256_si128(r));
-    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d0), _mm256_castsi256_si128(r));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d0 + 12), _mm256_extracti128_si256(r, 1));
 }
 
 // The 24 pixel bytes of the lanes packed together and stored, nothing else written.
@@ -316,7 +305,7 @@ void Keyed24(unsigned char* dst, const unsigned char* src, long n, std::uint32_t
                                  : Keyed24Lanes<false, 0, 0>(src + 3 * i, d, k);
         if (i + 18 <= n)
             d = LoadDst24<0>(dst + 3 * (i + 8));
-        StoreLanes24<0>(dst + 3 * i, r);
+        StoreLanes24(dst + 3 * i, r);
     }
     // Two to nine pixels remain. The last steps take their spare bytes before their pixels: one at i when
     // nine remain, then one ending at n.

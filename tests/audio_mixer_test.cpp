@@ -2,6 +2,7 @@
 // pulls buffer k (of n frames at rate r) once the manual clock passes k x n / r seconds after the opening,
 // so a voice started at the opening time is heard from frame 0. The SDL tests use the disk driver (which
 // writes what it plays to a file) and the dummy driver (which pulls at the real rate).
+#include "audio_util.h"
 #include "test_util.h"
 
 #include "qor/audio.h"
@@ -20,14 +21,9 @@ namespace
 {
 using Bytes = std::vector<std::uint8_t>;
 using qortest::ReadAll;
+using qortest::Sound;
 using qortest::TempPath;
 
-QorSndBlock Sound(short channels, long rate, short bits, const Bytes& samples)
-{
-    QorSndBlock b;
-    EXPECT_TRUE(b.SetSamples(channels, rate, bits, samples.data(), samples.size()));
-    return b;
-}
 
 // 16-bit samples as little-endian bytes.
 Bytes S16(const std::vector<int>& values)
@@ -56,25 +52,11 @@ int Sample16(const Bytes& b, std::size_t index)
     return static_cast<std::int16_t>(b[2 * index] | b[2 * index + 1] << 8);
 }
 
-class Mixer : public ::testing::Test
+class Mixer : public qortest::HeadlessAudioTest
 {
 protected:
-    void SetUp() override
-    {
-        port = QorGetHeadlessAudioPort();
-        ASSERT_NE(port, nullptr);
-        port->SetDeviceCount(1);
-        port->SetDeviceFormats(0, kWaveAllFormats);
-        port->ClearPlayedBytes();
-        clock = QorGetManualClock();
-        ASSERT_NE(clock, nullptr);
-    }
-
     // What the device recorded since the test began.
     Bytes Played() { return port->GetPlayedBytes(); }
-
-    QorHeadlessAudioPort* port = nullptr;
-    QorManualClock* clock = nullptr;
 };
 
 using QorMixerOpen = Mixer;

@@ -1,6 +1,7 @@
 // QorAudio and the wave output device: device choice, the sound table, playing, volume. Each test runs
 // in a process of its own (the port is chosen once per process): the headless tests play on the manual
 // clock, the SDL tests on SDL's disk driver (which writes what it plays to a file) or its dummy driver.
+#include "audio_util.h"
 #include "test_util.h"
 
 #include "qor/audio.h"
@@ -19,6 +20,7 @@ namespace
 {
 using Bytes = std::vector<std::uint8_t>;
 using qortest::ReadAll;
+using qortest::Sound;
 using qortest::TempPath;
 
 // Exposes the protected table for the tests that need to reach a slot.
@@ -31,12 +33,6 @@ public:
     std::uint32_t GetNextSoundId() const { return m_nextSoundId; }
 };
 
-QorSndBlock Sound(short channels, long rate, short bits, const Bytes& samples)
-{
-    QorSndBlock b;
-    EXPECT_TRUE(b.SetSamples(channels, rate, bits, samples.data(), samples.size()));
-    return b;
-}
 
 // size bytes: first, first + step, ... (mod 256).
 Bytes Ramp(std::size_t size, unsigned first, unsigned step)
@@ -90,23 +86,7 @@ void ExpectFormat(const stWaveFormat& f, short channels, long rate, short bits)
 }
 
 // The headless device, brought back to its starting state (one device playing every format).
-class HeadlessAudio : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        port = QorGetHeadlessAudioPort();
-        ASSERT_NE(port, nullptr);
-        port->SetDeviceCount(1);
-        port->SetDeviceFormats(0, kWaveAllFormats);
-        port->ClearPlayedBytes();
-        clock = QorGetManualClock();
-        ASSERT_NE(clock, nullptr);
-    }
-
-    QorHeadlessAudioPort* port = nullptr;
-    QorManualClock* clock = nullptr;
-};
+using HeadlessAudio = qortest::HeadlessAudioTest;
 
 using QorAudioInit = HeadlessAudio;
 using QorAudioTable = HeadlessAudio;

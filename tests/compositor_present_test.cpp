@@ -165,6 +165,26 @@ protected:
 };
 } // namespace
 
+// Mode 0 shows the main picture's bits in place; a draw hook paints on a copy, so what it paints is shown
+// but never kept in the picture, and the next present without the hook shows the picture alone.
+TEST_F(QorPresent, ModeZeroDrawHookPaintsOnACopyOfTheMainPicture)
+{
+    Open(QorOffScreenBuffer::kDeviceBitmap);
+    c.SetIntegrationPtr(reinterpret_cast<QorIntegration*>(&g_integration));
+    c.SetDrawHook(DrawRedBlock);
+    g_hookCalls = 0;
+    c.DrawToScreen(0, 0);
+    EXPECT_EQ(g_hookCalls, 1);
+    EXPECT_EQ(port->GetPresentedPixel(2, 2), RGB(255, 0, 0));
+    EXPECT_EQ(port->GetPresentedPixel(5, 2), Source(5, 2));
+    const QorPicBlock& main = *c.GetMainBufferPicBlockPtr();
+    EXPECT_EQ(Bytes(main.GetPixel(2, 2), main.GetPixel(2, 2) + 4), (Bytes{2, 2, 7, 0}));
+    c.SetDrawHook(nullptr);
+    c.DrawToScreen(0, 0);
+    EXPECT_EQ(g_hookCalls, 1);
+    EXPECT_EQ(port->GetPresentedPixel(2, 2), Source(2, 2));
+}
+
 TEST_F(QorPresent, ModeZeroCopiesTheVisibleRectangleOneToOneAtThePosition)
 {
     Open(QorOffScreenBuffer::kDeviceBitmap);

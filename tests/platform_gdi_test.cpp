@@ -310,6 +310,39 @@ TEST(QorGdiTransfer, WholeRowsInto32BitsConvertEveryValue)
     }
 }
 
+// A bitmap over the caller's bits reads them in place and writes into them; deleting it leaves them alone.
+TEST(QorGdiTransfer, BitmapOverTheCallersBitsSharesThemWithoutACopy)
+{
+    std::vector<unsigned char> bits(3 * 8, 0);
+    for (std::size_t i = 0; i < bits.size(); ++i)
+        bits[i] = static_cast<unsigned char>(i);
+    BITMAP description = {0, 2, 3, 8, 1, 32, bits.data()};
+    HBITMAP over = QorCreateBitmapOver(&description);
+    ASSERT_NE(over, nullptr);
+    HDC dc = CreateCompatibleDC(nullptr);
+    HGDIOBJ old = SelectObject(dc, over);
+    // Changed after creation: a copy would not see it.
+    bits[8] = 0x11;
+    bits[9] = 0x22;
+    bits[10] = 0x33;
+    EXPECT_EQ(GetPixel(dc, 0, 1), RGB(0x33, 0x22, 0x11));
+    SetPixel(dc, 1, 2, RGB(0xAA, 0xBB, 0xCC));
+    EXPECT_EQ(Bytes(bits.begin() + 20, bits.begin() + 23), (Bytes{0xCC, 0xBB, 0xAA}));
+    SelectObject(dc, old);
+    DeleteDC(dc);
+    EXPECT_TRUE(DeleteObject(over));
+    EXPECT_EQ(bits[0], 0);
+    EXPECT_EQ(bits[19], 19);
+    // Rows shorter than the width needs, no bits, or an empty size are refused.
+    BITMAP narrow = {0, 2, 3, 7, 1, 32, bits.data()};
+    EXPECT_EQ(QorCreateBitmapOver(&narrow), nullptr);
+    BITMAP none = {0, 2, 3, 8, 1, 32, nullptr};
+    EXPECT_EQ(QorCreateBitmapOver(&none), nullptr);
+    BITMAP empty = {0, 0, 3, 8, 1, 32, bits.data()};
+    EXPECT_EQ(QorCreateBitmapOver(&empty), nullptr);
+    EXPECT_EQ(QorCreateBitmapOver(nullptr), nullptr);
+}
+
 TEST(QorGdiTransfer, MonochromeBitmapsUseTheContextsTextAndBackgroundColours)
 {
     // Row 0: 1 0 1 0 (monochrome bits, top row first, rows padded to two bytes).

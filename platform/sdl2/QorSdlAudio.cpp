@@ -111,20 +111,8 @@ public:
         opened->id = SDL_OpenAudioDevice(name.empty() ? nullptr : name.c_str(), 0, &want, nullptr, 0);
         if (!opened->id)
             return kWaveError;
-        const SDL_AudioDeviceID id = opened->id;
-        try
-        {
-            m_devices[m_nextHandle] = std::move(opened);
-        }
-        catch (const std::bad_alloc&)
-        {
-            SDL_CloseAudioDevice(id);
-            return kWaveNoMemory;
-        }
-        handle = m_nextHandle++;
-        // Devices start paused; from here on the callback plays silence until a buffer is written.
-        SDL_PauseAudioDevice(id, 0);
-        return kWaveNoError;
+        // From here on the callback plays silence until a buffer is written.
+        return Keep(m_devices, std::move(opened), handle);
     }
 
     // The device asks the source for every buffer on SDL's audio thread, under SDL's device lock. The
@@ -157,19 +145,7 @@ public:
         if (!opened->id)
             return kWaveError;
         opened->frames = got.samples;
-        const SDL_AudioDeviceID id = opened->id;
-        try
-        {
-            m_streams[m_nextHandle] = std::move(opened);
-        }
-        catch (const std::bad_alloc&)
-        {
-            SDL_CloseAudioDevice(id);
-            return kWaveNoMemory;
-        }
-        handle = m_nextHandle++;
-        SDL_PauseAudioDevice(id, 0);
-        return kWaveNoError;
+        return Keep(m_streams, std::move(opened), handle);
     }
 
     unsigned long GetStreamFrames(unsigned long handle) override
@@ -285,6 +261,27 @@ private:
     }
 
     bool m_started;
+    // Keeps an opened SDL device under a new handle and starts it (SDL opens devices paused); without memory
+    // for the table entry the device is closed again.
+    template <class Opened>
+    unsigned long Keep(std::map<unsigned long, std::unique_ptr<Opened>>& table, std::unique_ptr<Opened> opened,
+                       unsigned long& handle)
+    {
+        const SDL_AudioDeviceID id = opened->id;
+        try
+        {
+            table[m_nextHandle] = std::move(opened);
+        }
+        catch (const std::bad_alloc&)
+        {
+            SDL_CloseAudioDevice(id);
+            return kWaveNoMemory;
+        }
+        handle = m_nextHandle++;
+        SDL_PauseAudioDevice(id, 0);
+        return kWaveNoError;
+    }
+
     std::map<unsigned long, std::unique_ptr<Device>> m_devices;
     std::map<unsigned long, std::unique_ptr<Stream>> m_streams;
     unsigned long m_nextHandle = 1;

@@ -52,7 +52,21 @@ public:
     COLORREF ReadPixel(long x, long y);
     COLORREF ReadOutputPixel(long px, long py);
 
+    /// The area last given to SDL for the input method's candidate window, in window points.
+    const SDL_Rect& GetTextInputRect() const { return m_textInputRect; }
+
 private:
+    /// The drawable's size, the window's size in points and where the client area lies in the drawable.
+    struct Layout
+    {
+        int outW = 0;
+        int outH = 0;
+        int winW = 0;
+        int winH = 0;
+        RECT viewport = {0, 0, 0, 0};
+    };
+    /// False when there is no renderer or the drawable's size cannot be read.
+    bool GetLayout(Layout& layout) const;
     /// Draws the client area into its viewport and the bars around it, without presenting.
     bool Render();
     /// The letterboxed picture: the frame stretched to the viewport's size by the viewport's formulas.
@@ -69,6 +83,7 @@ private:
     long m_pitch = 0;
     long m_width = 0;
     long m_height = 0;
+    SDL_Rect m_textInputRect = {0, 0, 0, 0};
 };
 
 class SdlVideoPort : public QorVideoPort
@@ -226,13 +241,19 @@ char SdlWindowPort::Present(long x, long y, long w, long h, const unsigned char*
     return 1;
 }
 
+bool SdlWindowPort::GetLayout(Layout& layout) const
+{
+    if (!m_window || !m_renderer || SDL_GetRendererOutputSize(m_renderer, &layout.outW, &layout.outH) != 0)
+        return false;
+    SDL_GetWindowSize(m_window, &layout.winW, &layout.winH);
+    layout.viewport = ComputeViewport(m_width, m_height, layout.outW, layout.outH, GetScaling());
+    return true;
+}
+
 RECT SdlWindowPort::GetViewport()
 {
-    int outW = 0;
-    int outH = 0;
-    if (!m_renderer || SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0)
-        return RECT{0, 0, LONG(m_width), LONG(m_height)};
-    return ComputeViewport(m_width, m_height, outW, outH, GetScaling());
+    Layout layout;
+    return GetLayout(layout) ? layout.viewport : RECT{0, 0, LONG(m_width), LONG(m_height)};
 }
 
 bool SdlWindowPort::Stretch(const RECT& viewport)
@@ -274,13 +295,12 @@ bool SdlWindowPort::Stretch(const RECT& viewport)
 
 bool SdlWindowPort::Render()
 {
-    if (!m_renderer || !m_texture)
+    Layout layout;
+    if (!m_texture || !GetLayout(layout))
         return false;
-    int outW = 0;
-    int outH = 0;
-    if (SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0)
-        return false;
-    const RECT v = ComputeViewport(m_width, m_height, outW, outH, GetScaling());
+    const int outW = layout.outW;
+    const int outH = layout.outH;
+    const RECT& v = layout.viewport;
     const SDL_Rect dest = {int(v.left), int(v.top), int(v.right - v.left), int(v.bottom - v.top)};
     // Only the bars are cleared: clearing the whole output would cost as much as drawing it again.
     SDL_SetRenderDrawColor(m_renderer, 0, 0, 0, 255);
@@ -306,17 +326,13 @@ void SdlWindowPort::SetScaling(QorScaleMode mode)
 
 bool SdlWindowPort::PointToClient(long x, long y, long& cx, long& cy, bool nearest)
 {
-    int outW = 0;
-    int outH = 0;
-    int winW = 0;
-    int winH = 0;
-    if (!m_window || !m_renderer || SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0)
+    Layout layout;
+    if (!GetLayout(layout))
         return false;
-    SDL_GetWindowSize(m_window, &winW, &winH);
     long px = 0;
     long py = 0;
-    PointToOutput(x, y, winW, winH, outW, outH, px, py);
-    const RECT v = ComputeViewport(m_width, m_height, outW, outH, GetScaling());
+    PointToOutput(x, y, layout.winW, layout.winH, layout.outW, layout.outH, px, py);
+    const RECT& v = layout.viewport;
     if (nearest)
     {
         px = std::clamp<long>(px, v.left, v.right - 1);
@@ -349,29 +365,24 @@ char SdlWindowPort::IsFullscreen()
 
 void SdlWindowPort::SetTextInputArea(const RECT& area)
 {
-    if (!m_window || !m_renderer)
-        return;
     // Client coordinates to window points, through the viewport and the drawable's scale.
-    int outW = 0;
-    int outH = 0;
-    int winW = 0;
-    int winH = 0;
-    if (SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0 || outW < 1 || outH < 1)
+    Layout layout;
+    if (!GetLayout(layout) || layout.outW < 1 || layout.outH < 1)
         return;
-    SDL_GetWindowSize(m_window, &winW, &winH);
-    const RECT v = ComputeViewport(m_width, m_height, outW, outH, GetScaling());
-    const auto toX = [&](long x) { return int((v.left + x * (v.right - v.left) / std::max(1L, m_width)) * winW / outW); };
-    const auto toY = [&](long y) { return int((v.top + y * (v.bottom - v.top) / std::max(1L, m_height)) * winH / outH); };
-    SDL_Rect rect = {toX(area.left), toY(area.top), toX(area.right) - toX(area.left), toY(area.bottom) - toY(area.top)};
-    SDL_SetTextInputRect(&rect);
+    const RECT& v = layout.viewport;
+    const auto toX = [&](long x)
+    { return int((v.left + x * (v.right - v.left) / std::max(1L, m_width)) * layout.winW / layout.outW); };
+    const auto toY = [&](long y)
+    { return int((v.top + y * (v.bottom - v.top) / std::max(1L, m_height)) * layout.winH / layout.outH); };
+    m_textInputRect = {toX(area.left), toY(area.top), toX(area.right) - toX(area.left),
+                       toY(area.bottom) - toY(area.top)};
+    SDL_SetTextInputRect(&m_textInputRect);
 }
 
 COLORREF SdlWindowPort::ReadOutputPixel(long px, long py)
 {
-    int outW = 0;
-    int outH = 0;
-    if (!m_texture || SDL_GetRendererOutputSize(m_renderer, &outW, &outH) != 0 || px < 0 || py < 0 || px >= outW ||
-        py >= outH || !Render())
+    Layout layout;
+    if (!m_texture || !GetLayout(layout) || px < 0 || py < 0 || px >= layout.outW || py >= layout.outH || !Render())
         return CLR_INVALID;
     const SDL_Rect area = {int(px), int(py), 1, 1};
     Uint32 pixel = 0;
@@ -423,6 +434,16 @@ COLORREF QorSdlReadPresentedPixel(HWND window, long x, long y)
 {
     qor::detail::SdlWindowPort* port = qor::detail::PortOf(window);
     return port ? port->ReadPixel(x, y) : CLR_INVALID;
+}
+
+BOOL QorSdlGetTextInputArea(HWND window, RECT* area)
+{
+    qor::detail::SdlWindowPort* port = qor::detail::PortOf(window);
+    if (!port || !area)
+        return FALSE;
+    const SDL_Rect& r = port->GetTextInputRect();
+    *area = RECT{LONG(r.x), LONG(r.y), LONG(r.x + r.w), LONG(r.y + r.h)};
+    return TRUE;
 }
 
 COLORREF QorSdlReadOutputPixel(HWND window, long px, long py)

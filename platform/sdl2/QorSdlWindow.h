@@ -17,6 +17,8 @@ COLORREF QorSdlReadPresentedPixel(HWND window, long x, long y);
 /// The colour the window shows at drawable pixel (px, py), bars and scaling included, after drawing the
 /// output again; CLR_INVALID when it cannot be read.
 COLORREF QorSdlReadOutputPixel(HWND window, long px, long py);
+/// The area last given to the input method for its candidate window, in window points.
+BOOL QorSdlGetTextInputArea(HWND window, RECT* area);
 /// The messages one SDL event becomes, appended to out (none for events the layer does not use).
 /// Mouse and key messages name the window of the event's window id.
 void QorSdlTranslateEvent(const SDL_Event& event, std::vector<MSG>& out);
